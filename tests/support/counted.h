@@ -1,0 +1,54 @@
+// An element type for container tests: it counts constructions and destructions so a test can
+// prove that nothing leaks and nothing is destroyed twice, and it can be told to throw on a
+// chosen copy to exercise the containers' exception paths.
+#ifndef VY_TESTS_COUNTED_H
+#define VY_TESTS_COUNTED_H
+
+#include <stdexcept>
+
+struct Counted {
+    static inline int constructed = 0;
+    static inline int destroyed = 0;
+    // When positive, the copy that brings it to zero throws.
+    static inline int copiesUntilThrow = 0;
+
+    int value;
+    // Set while the object is alive; a destroyed object has it cleared, so a second
+    // destruction or a read after destruction is caught.
+    int alive;
+
+    Counted() : value(0), alive(0x600D) { ++constructed; }
+    Counted(int v) : value(v), alive(0x600D) { ++constructed; }
+    Counted(const Counted& o) : value(o.value), alive(0x600D)
+    {
+        if (o.alive != 0x600D)
+            throw std::logic_error("copy from a dead Counted");
+        if (copiesUntilThrow > 0 && --copiesUntilThrow == 0)
+            throw std::bad_alloc();
+        ++constructed;
+    }
+    Counted& operator=(const Counted& o)
+    {
+        value = o.value;
+        return *this;
+    }
+    ~Counted()
+    {
+        if (alive != 0x600D)
+            std::terminate();
+        alive = 0;
+        ++destroyed;
+    }
+    bool operator==(const Counted& o) const { return value == o.value; }
+    bool operator!=(const Counted& o) const { return value != o.value; }
+    bool operator<(const Counted& o) const { return value < o.value; }
+
+    static int living() { return constructed - destroyed; }
+    static void reset()
+    {
+        constructed = destroyed = 0;
+        copiesUntilThrow = 0;
+    }
+};
+
+#endif
