@@ -187,6 +187,11 @@ public:
         return *this;
     }
 
+    // Moves the elements to an owned block of capacity aalloc holding asize elements: copies
+    // when shared, reallocates in place when owned and trivially copyable, destroys excess
+    // elements from the back and value-initialises new ones. Requires asize <= aalloc.
+    void realloc(int asize, int aalloc);
+
     // The shared block; public so tools and tests can read the header.
     VyVectorData* d;
 
@@ -210,7 +215,6 @@ private:
         return VyVectorData::grow(typedHeaderSize, n, VyTargetSize<T>::value, false);
     }
 
-    void realloc(int asize, int aalloc);
     static void release(VyVectorData* x);
     static void free(VyVectorData* x);
 };
