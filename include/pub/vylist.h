@@ -618,9 +618,11 @@ template <typename T> VyList<T> VyList<T>::mid(int pos, int length) const
     const int n = p.size();
     if (pos < 0) {
         if (length >= 0)
-            length += pos;
+            length = length + pos < 0 ? 0 : length + pos;
         pos = 0;
     }
+    if (pos > n)
+        pos = n;
     if (length < 0 || length > n - pos)
         length = n - pos;
     if (pos == 0 && length == n)
