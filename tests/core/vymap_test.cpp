@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <map>
 #include <random>
@@ -719,6 +720,28 @@ TEST(VyMapLayout, SharedNullAndNewBlocks)
     EXPECT_EQ(null.canShare, 1u);
     EXPECT_EQ(null.copyingInOrder, 0u);
     EXPECT_EQ(null.alignedNodes, 0u);
+
+    // The header words after prev and next[12]: ref, highestLevel, size, levelSeed, flags
+    // (bit 0 copyingInOrder, bit 1 canShare, bit 2 alignedNodes).
+    auto word = [](const VyMapData* d, int index) {
+        uint32_t w;
+        memcpy(&w, reinterpret_cast<const char*>(d) + 13 * sizeof(void*) + 4 * size_t(index), 4);
+        return w;
+    };
+    EXPECT_EQ(word(&null, 1), 0u);
+    EXPECT_EQ(word(&null, 4), 2u);
+    VyMapData* raw = VyMapData::createData(16);
+    raw->highestLevel = 3;
+    raw->size = 5;
+    raw->levelSeed = 0xabcdef;
+    raw->copyingInOrder = 1;
+    EXPECT_EQ(word(raw, 0), 1u);
+    EXPECT_EQ(word(raw, 1), 3u);
+    EXPECT_EQ(word(raw, 2), 5u);
+    EXPECT_EQ(word(raw, 3), 0xabcdefu);
+    EXPECT_EQ(word(raw, 4), 7u);
+    raw->size = 0;
+    raw->continueFreeData(8);
 
     for (int alignment : {0, 4, 8, 9, 16}) {
         VyMapData* d = alignment ? VyMapData::createData(alignment) : VyMapData::createData();
