@@ -120,8 +120,6 @@ public:
     // in the map and the map does not detach.
     class iterator
     {
-        friend class const_iterator;
-
     public:
         typedef std::bidirectional_iterator_tag iterator_category;
         typedef std::ptrdiff_t difference_type;
@@ -169,8 +167,6 @@ public:
 
     class const_iterator
     {
-        friend class iterator;
-
     public:
         typedef std::bidirectional_iterator_tag iterator_category;
         typedef std::ptrdiff_t difference_type;
