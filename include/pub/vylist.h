@@ -424,13 +424,21 @@ template <typename T> T& VyList<T>::last()
 
 template <typename T> void VyList<T>::append(const T& t)
 {
-    if (p.d->ref.load(std::memory_order_acquire) == 1) {
+    VyListData::Data* x = p.d;
+    if (x->ref.load(std::memory_order_acquire) == 1) {
+        // Room at the back needs no call into the block's out-of-line growth.
         if constexpr (inSlot) {
             // The value may be one of our own slots, which append() can move.
             const T copy = t;
-            node_construct(reinterpret_cast<Node*>(p.append()), copy);
+            const int e = x->end;
+            if (e < x->alloc) {
+                node_construct(reinterpret_cast<Node*>(x->array + e), copy);
+                x->end = e + 1;
+            } else {
+                node_construct(reinterpret_cast<Node*>(p.append()), copy);
+            }
         } else {
-            Node* n = reinterpret_cast<Node*>(p.append());
+            Node* n = reinterpret_cast<Node*>(x->end < x->alloc ? x->array + x->end++ : p.append());
             try {
                 node_construct(n, t);
             } catch (...) {
@@ -454,8 +462,14 @@ template <typename T> void VyList<T>::append(const T& t)
 template <typename T> void VyList<T>::prepend(const T& t)
 {
     const T copy = t;
-    Node* n = p.d->ref.load(std::memory_order_acquire) == 1 ? reinterpret_cast<Node*>(p.prepend())
-                                                            : detachGrowHelper(0, 1);
+    VyListData::Data* x = p.d;
+    Node* n;
+    if (x->ref.load(std::memory_order_acquire) != 1)
+        n = detachGrowHelper(0, 1);
+    else if (x->begin > 0)
+        n = reinterpret_cast<Node*>(x->array + --x->begin);
+    else
+        n = reinterpret_cast<Node*>(p.prepend());
     try {
         node_construct(n, copy);
     } catch (...) {

@@ -373,14 +373,19 @@ template <typename T> T& VyVector<T>::last()
 
 template <typename T> void VyVector<T>::append(const T& t)
 {
-    if (d->ref.load(std::memory_order_acquire) == 1 && d->size < d->alloc) {
-        new (arr() + d->size) T(t);
-    } else {
-        // The value may live in this very block, so it is copied before the block moves.
-        const T copy(t);
-        realloc(d->size, growTo(d->size + 1));
-        new (arr() + d->size) T(copy);
+    VyVectorData* x = d;
+    if (x->ref.load(std::memory_order_acquire) == 1) {
+        const int s = x->size;
+        if (s < x->alloc) {
+            new (arrOf(x) + s) T(t);
+            x->size = s + 1;
+            return;
+        }
     }
+    // The value may live in this very block, so it is copied before the block moves.
+    const T copy(t);
+    realloc(d->size, growTo(d->size + 1));
+    new (arr() + d->size) T(copy);
     ++d->size;
 }
 
