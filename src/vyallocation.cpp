@@ -26,14 +26,20 @@ static void* vyAlign(void* raw, int alignment)
     return p;
 }
 
+// Room in front of the block: the alignment, but never less than the stored raw pointer.
+static size_t vyAlignmentSlack(int alignment)
+{
+    return size_t(alignment) < sizeof(void*) ? sizeof(void*) : size_t(alignment);
+}
+
 void* vyAlignedAllocate(size_t size, int alignment)
 {
-    return vyAlign(malloc(size + size_t(alignment)), alignment);
+    return vyAlign(malloc(size + vyAlignmentSlack(alignment)), alignment);
 }
 
 void* vyAlignedReallocate(void* p, size_t size, int alignment)
 {
-    void* raw = realloc(static_cast<void**>(p)[-1], size + size_t(alignment));
+    void* raw = realloc(static_cast<void**>(p)[-1], size + vyAlignmentSlack(alignment));
     return vyAlign(raw, alignment);
 }
 
