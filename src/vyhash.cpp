@@ -14,10 +14,13 @@
 
 VyHashData VyHashData::shared_null = {nullptr, nullptr, 1, 0, 0, 4, 0, 0, 1, 0};
 
-// Added to 2^bits to give the bucket count for a table of `bits` bits: 17, 37, 67, 131, 257, ...
-// Kept: not every sum is prime (8201 for 13 bits, 16409 for 14, 131093 for 17). The framework's
-// tables are sized by this list as it stands; changing an entry would change the bucket count,
-// and with it the iteration order, that stored results and tools depend on.
+// Kept: not every bucket count this table gives is prime. 8201 (13 bits), 16409 (14) and
+// 131093 (17) are composite, so are the counts for 21 to 25 bits, and the zero entries from 27
+// bits on give plain powers of two. The framework's tables are sized by this list as it
+// stands: a different entry would change the bucket counts, and with them the iteration order
+// that callers and stored results rely on.
+// Entry `bits` is added to 2^bits to give the bucket count of a table of that many bits:
+// 17, 37, 67, 131, 257, ...
 static const unsigned char bucketPrimeOffsets[32] = {0, 0, 1, 3,  1,  5, 3,  3, 1,  9, 7,
                                                      5, 3, 9, 25, 3,  1, 21, 3, 21, 7, 15,
                                                      9, 5, 3, 29, 15, 0, 0,  0, 0,  0};
@@ -25,6 +28,8 @@ static const unsigned char bucketPrimeOffsets[32] = {0, 0, 1, 3,  1,  5, 3,  3, 
 // A 2^31-entry table could not be counted in the signed bucketCount.
 static const int maxTableBits = 30;
 static const int minTableBits = 4;
+// How many buckets ahead the table walks start loading chain heads.
+static const int prefetchDistance = 16;
 
 int VyHashData::bucketCountForBits(int bits)
 {
@@ -87,6 +92,9 @@ void VyHashData::rehash(int hint)
     // Each run of nodes with the same hash moves as a unit to the end of its new chain, so
     // equal hashes keep their order.
     for (int i = 0; i < bucketCount; ++i) {
+        // The chains lie scattered in memory: start loading a later chain's head early.
+        if (i + prefetchDistance < bucketCount)
+            __builtin_prefetch(bucketTable[i + prefetchDistance]);
         Node* first = bucketTable[i];
         while (first != e) {
             const uint h = first->h;
@@ -167,6 +175,8 @@ void VyHashData::free_helper(void (*deleteNode)(Node*))
     if (deleteNode) {
         Node* const e = end();
         for (int i = 0; i < bucketCount; ++i) {
+            if (i + prefetchDistance < bucketCount)
+                __builtin_prefetch(bucketTable[i + prefetchDistance]);
             Node* node = bucketTable[i];
             while (node != e) {
                 Node* const next = node->next;

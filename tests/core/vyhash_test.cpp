@@ -59,6 +59,8 @@ template <class T> std::map<int, int> contentsOf(const VyHash<int, T>& h)
     std::map<int, int> result;
     int visited = 0;
     for (typename VyHash<int, T>::const_iterator it = h.begin(); it != h.end(); ++it) {
+        if (visited > h.size())
+            break;
         EXPECT_TRUE(result.emplace(it.key(), num(it.value())).second) << "key twice " << it.key();
         ++visited;
     }
@@ -96,7 +98,8 @@ template <class Key, class T> void checkStructure(const VyHash<Key, T>& h)
     ASSERT_EQ(nodes, d->size);
 
     std::vector<VyHashData::Node*> forward;
-    for (auto it = h.begin(); it != h.end(); ++it)
+    // Bounded, so a broken walk fails instead of running on.
+    for (auto it = h.begin(); it != h.end() && int(forward.size()) <= d->size; ++it)
         forward.push_back(it.i);
     ASSERT_EQ(int(forward.size()), d->size);
     std::vector<VyHashData::Node*> backward;
@@ -397,6 +400,43 @@ TYPED_TEST(VyHashTypedTest, ArgumentsReferringIntoTheHashItself)
     EXPECT_EQ(num(h.take(ch.begin().key())), nextValue);
     EXPECT_FALSE(h.contains(nextKey));
     checkStructure(h);
+}
+
+// An iterator taken while the block was owned, used after a copy shared it: erase carries it
+// over to this hash's own copy and leaves the other hash alone.
+TYPED_TEST(VyHashTypedTest, EraseCarriesAnIteratorOverToTheCopy)
+{
+    typedef VyHash<int, TypeParam> Hash;
+    for (int position = 0; position < 40; ++position) {
+        SCOPED_TRACE(position);
+        Hash h;
+        for (int k = 0; k < 40; ++k)
+            h.insert(k * 3, TypeParam(k));
+        const std::map<int, int> before = contentsOf(h);
+        typename Hash::iterator it = h.begin();
+        for (int i = 0; i < position; ++i)
+            ++it;
+        const int erasedKey = it.key();
+        Hash copy = h;
+        typename Hash::iterator next = h.erase(it);
+
+        EXPECT_EQ(contentsOf(copy), before);
+        std::map<int, int> after = before;
+        after.erase(erasedKey);
+        EXPECT_EQ(contentsOf(h), after);
+        EXPECT_NE(h.d, copy.d);
+        // The returned iterator is the erased node's successor, in this hash's block.
+        typename Hash::const_iterator successor = copy.constFind(erasedKey);
+        ++successor;
+        if (successor == copy.constEnd()) {
+            EXPECT_EQ(next, h.end());
+        } else {
+            ASSERT_NE(next, h.end());
+            EXPECT_EQ(next.key(), successor.key());
+            EXPECT_EQ(next, h.find(successor.key()));
+        }
+        checkStructure(h);
+    }
 }
 
 TYPED_TEST(VyHashTypedTest, IterationVisitsEveryNodeBothWays)
