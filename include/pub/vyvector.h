@@ -219,44 +219,23 @@ private:
     static void free(VyVectorData* x);
 };
 
-template <typename T> VyVector<T>::VyVector(int asize)
+// Both sized constructors delegate to the default one, so a throwing element constructor
+// still runs the destructor over the elements made so far.
+template <typename T> VyVector<T>::VyVector(int asize) : VyVector()
 {
-    if (asize <= 0) {
-        d = &VyVectorData::shared_null;
-        d->ref.fetch_add(1);
-        return;
-    }
-    d = VyVectorData::allocate(bytesFor(asize), alignment);
-    if (!d)
-        throw std::bad_alloc();
-    d->ref.store(1);
-    d->alloc = d->size = asize;
-    d->canShare = 1;
-    d->fixedCapacity = 0;
-    d->reserved = 0;
-    T* b = arr();
-    for (int i = 0; i < asize; ++i)
-        new (b + i) T();
+    if (asize > 0)
+        realloc(asize, asize);
 }
 
-template <typename T> VyVector<T>::VyVector(int asize, const T& t)
+template <typename T> VyVector<T>::VyVector(int asize, const T& t) : VyVector()
 {
-    if (asize <= 0) {
-        d = &VyVectorData::shared_null;
-        d->ref.fetch_add(1);
+    if (asize <= 0)
         return;
+    realloc(0, asize);
+    while (d->size < asize) {
+        new (arr() + d->size) T(t);
+        ++d->size;
     }
-    d = VyVectorData::allocate(bytesFor(asize), alignment);
-    if (!d)
-        throw std::bad_alloc();
-    d->ref.store(1);
-    d->alloc = d->size = asize;
-    d->canShare = 1;
-    d->fixedCapacity = 0;
-    d->reserved = 0;
-    T* b = arr();
-    for (int i = 0; i < asize; ++i)
-        new (b + i) T(t);
 }
 
 template <typename T> VyVector<T>& VyVector<T>::operator=(const VyVector& v)

@@ -365,6 +365,23 @@ TEST(VyVectorCountedTest, ThrowingCopyLeavesSharedOriginalIntact)
     EXPECT_EQ(Counted::living(), 0);
 }
 
+TEST(VyVectorCountedTest, SizedConstructorsFillAndCleanUpOnThrow)
+{
+    Counted::reset();
+    {
+        VyVector<Counted> a(5), b(3, Counted(7)), none(0);
+        EXPECT_EQ(a.size(), 5);
+        EXPECT_EQ(a.capacity(), 5);
+        EXPECT_EQ(a.at(4).value, 0);
+        EXPECT_EQ(b.at(2).value, 7);
+        EXPECT_EQ(none.d, &VyVectorData::shared_null);
+        Counted::copiesUntilThrow = 3;
+        EXPECT_THROW(VyVector<Counted>(6, Counted(1)), std::bad_alloc);
+        Counted::copiesUntilThrow = 0;
+    }
+    EXPECT_EQ(Counted::living(), 0);
+}
+
 TEST(VyVectorCountedTest, DestroysExcessFromTheBack)
 {
     Counted::reset();
