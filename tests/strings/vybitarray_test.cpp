@@ -1,0 +1,185 @@
+#include "vybitarray.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+typedef std::vector<bool> Model;
+
+// An array holding the model's bits whose bits beyond the count are all `padding`.
+VyBitArray build(const Model& m, bool padding)
+{
+    VyBitArray a(int(m.size()), padding);
+    for (size_t i = 0; i < m.size(); ++i)
+        m[i] ? a.setBit(int(i)) : a.clearBit(int(i));
+    return a;
+}
+
+// Uniform bits (so allSet and allCleared see both answers), one bit off, or random bits.
+Model randomModel(std::mt19937& rng, int n)
+{
+    const unsigned kind = rng() % 3;
+    Model m(static_cast<size_t>(n), (rng() & 1) != 0);
+    for (size_t i = 0; kind == 2 && i < m.size(); ++i)
+        m[i] = (rng() & 1) != 0;
+    if (kind == 1 && n > 0)
+        m[rng() % m.size()].flip();
+    return m;
+}
+
+void expectMatches(const VyBitArray& a, const Model& m)
+{
+    ASSERT_EQ(a.size, int(m.size()));
+    ASSERT_EQ(a.d.size(), (a.size + 7) / 8);
+    for (int i = -2; i < a.size + 9; ++i)
+        ASSERT_EQ(a.isSet(i), i >= 0 && i < a.size && m[size_t(i)]) << i;
+    EXPECT_EQ(a.allSet(), std::count(m.begin(), m.end(), false) == 0);
+    EXPECT_EQ(a.allCleared(), std::count(m.begin(), m.end(), true) == 0);
+    EXPECT_TRUE(a == build(m, !a.isSet(0))); // whatever the bits beyond the count hold
+    if (!m.empty()) {
+        Model other = m;
+        other.back().flip();
+        EXPECT_TRUE(a != build(other, false));
+    }
+}
+
+} // namespace
+
+TEST(VyBitArrayTest, DocumentedCases)
+{
+    VyBitArray a(10, true);
+    EXPECT_TRUE(a.allSet() && a.isSet(9) && !a.isSet(10));
+    a.clearBit(3);
+    EXPECT_FALSE(a.allSet());
+    const unsigned char raw[] = {0xFF, 0xFF};
+    a.fromRawBytes(raw, 12);
+    EXPECT_EQ(a.d.at(0), 0xFF);
+    EXPECT_EQ(a.d.at(1), 0x0F);
+}
+
+TEST(VyBitArrayTest, ReadsAndRawBytesAgainstModel)
+{
+    std::mt19937 rng(1);
+    for (int round = 0; round < 400; ++round) {
+        const int n = int(rng() % 70);
+        Model m = randomModel(rng, n);
+        VyBitArray a = build(m, rng() & 1);
+        const int i = int(rng() % (n + 6)) - 3; // out of range is ignored
+        const bool set = rng() & 1;
+        set ? a.setBit(i) : a.clearBit(i);
+        if (i >= 0 && i < n)
+            m[size_t(i)] = set;
+        expectMatches(a, m);
+
+        // toRawBytes replaces the first k bits of `out` and keeps every other bit.
+        const int bits = int(rng() % (n + 10)) - 1;
+        const int k = (bits < 0 || bits > n) ? n : bits;
+        std::vector<unsigned char> out(12), before(12);
+        std::generate(before.begin(), before.end(), std::ref(rng));
+        out = before;
+        a.toRawBytes(out.data(), bits);
+        Model raw(96);
+        for (int j = 0; j < 96; ++j) {
+            raw[size_t(j)] = (before[size_t(j >> 3)] >> (j & 7)) & 1;
+            ASSERT_EQ((out[size_t(j >> 3)] >> (j & 7)) & 1, j < k ? m[size_t(j)] : raw[size_t(j)]);
+        }
+        a.fromRawBytes(before.data(), n);
+        raw.resize(size_t(n));
+        expectMatches(a, raw);
+        ASSERT_TRUE(!(n & 7) || (a.d.at(n >> 3) >> (n & 7)) == 0); // stored tail cleared
+    }
+}
+
+TEST(VyBitArrayTest, OperatorsAgainstModel)
+{
+    std::mt19937 rng(2);
+    const std::function<bool(bool, bool)> ops[] = {
+        std::logical_and<bool>(), std::logical_or<bool>(), std::not_equal_to<bool>()};
+    for (int round = 0; round < 600; ++round) {
+        const int op = round % 3, na = int(rng() % 40), nb = int(rng() % 40);
+        const Model ma = randomModel(rng, na), mb = randomModel(rng, nb);
+        const bool pa = rng() & 1, pb = rng() & 1;
+        const VyBitArray a = build(ma, pa), b = build(mb, pb);
+
+        // Compound: the first min(na, nb) bits combine; the rest of `a` and its size stay.
+        VyBitArray c = a;
+        op == 0 ? c &= b : op == 1 ? c |= b : c ^= b;
+        Model mc = ma;
+        for (int i = 0; i < std::min(na, nb); ++i)
+            mc[size_t(i)] = ops[op](ma[size_t(i)], mb[size_t(i)]);
+        expectMatches(c, mc);
+
+        // Binary: the common bytes combine whole, padding included; later bytes are 0.
+        const VyBitArray r = op == 0 ? a & b : op == 1 ? a | b : a ^ b;
+        const int common = 8 * std::min((na + 7) / 8, (nb + 7) / 8);
+        Model mr(static_cast<size_t>(std::max(na, nb)));
+        for (int i = 0; i < std::min(common, int(mr.size())); ++i)
+            mr[size_t(i)] = ops[op](i < na ? ma[size_t(i)] : pa, i < nb ? mb[size_t(i)] : pb);
+        expectMatches(r, mr);
+    }
+}
+
+TEST(VyBitArrayTest, CompoundAndKeepsBitsBeyondTheShorterOperand_Kept)
+{
+    VyBitArray a(16, true);
+    a &= VyBitArray(8, false);
+    for (int i = 0; i < 16; ++i)
+        EXPECT_EQ(a.isSet(i), i >= 8) << i;
+    VyBitArray s(8, false);
+    s |= VyBitArray(16, true);
+    EXPECT_EQ(s.size, 8);
+}
+
+TEST(VyBitArrayTest, BinaryOrAndXorDropTheLongerOperandsExtraBytes_Kept)
+{
+    const VyBitArray ones(16, true), zeros(8, false);
+    for (const VyBitArray& r : {ones | zeros, ones ^ zeros, zeros | ones}) {
+        EXPECT_EQ(r.size, 16);
+        for (int i = 0; i < 16; ++i)
+            EXPECT_EQ(r.isSet(i), i < 8) << i;
+    }
+    // The shorter operand's last byte combines whole, bits beyond its count included.
+    EXPECT_TRUE((VyBitArray(10, true) | VyBitArray(16, false)).allSet());
+}
+
+TEST(VyBitArraySharingTest, MutatorsDetachAndAcceptTheirOwnContents)
+{
+    const auto bits = [](const std::string& s) {
+        Model m;
+        for (char c : s)
+            m.push_back(c == '1');
+        return m;
+    };
+    const unsigned char raw[] = {0x0F, 0xF0};
+    const std::pair<std::function<void(VyBitArray&)>, const char*> cases[] = {
+        {[](VyBitArray& a) { a.setBit(2); }, "101001000001"},
+        {[](VyBitArray& a) { a.clearBit(0); }, "000001000001"},
+        {[](VyBitArray& a) { a.fill(3, true); }, "111"},
+        {[&](VyBitArray& a) { a.fromRawBytes(raw, 16); }, "1111000000001111"},
+        {[](VyBitArray& a) { a &= VyBitArray(4, false); }, "000001000001"},
+        {[](VyBitArray& a) { a |= VyBitArray(12, true); }, "111111111111"},
+        {[](VyBitArray& a) { a ^= VyBitArray(12, true); }, "011110111110"},
+        {[](VyBitArray& a) { a &= static_cast<const VyBitArray&>(a); }, "100001000001"},
+        {[](VyBitArray& a) { a |= static_cast<const VyBitArray&>(a); }, "100001000001"},
+        {[](VyBitArray& a) { a ^= static_cast<const VyBitArray&>(a); }, "000000000000"},
+        {[](VyBitArray& a) { a = a & a; }, "100001000001"},
+        {[](VyBitArray& a) { a.fromRawBytes(a.d.constData(), 6); }, "100001"}};
+    const Model m = bits("100001000001");
+    for (const auto& c : cases) {
+        for (bool shared : {true, false}) {
+            VyBitArray a = build(m, true);
+            const VyBitArray original = shared ? a : VyBitArray();
+            c.first(a);
+            expectMatches(a, bits(c.second));
+            if (shared)
+                expectMatches(original, m);
+        }
+    }
+}
