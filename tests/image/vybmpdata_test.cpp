@@ -1,0 +1,164 @@
+#include "vybmpdata.h"
+
+#include "vybitmap.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <stdio.h>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace
+{
+
+std::string tempPath()
+{
+    static int serial = 0;
+    return testing::TempDir() + "vybmpdata_" + std::to_string(getpid()) + "_" +
+           std::to_string(serial++) + ".bmp";
+}
+
+std::string readFile(const std::string& path)
+{
+    std::string s;
+    FILE* f = fopen(path.c_str(), "rb");
+    for (int c; f && (c = fgetc(f)) != EOF;)
+        s += char(c);
+    if (f)
+        fclose(f);
+    return s;
+}
+
+uint32_t le(const std::string& s, size_t offset, int bytes)
+{
+    uint32_t v = 0;
+    for (int i = 0; i < bytes; ++i)
+        v |= uint32_t(uint8_t(s[offset + size_t(i)])) << (8 * i);
+    return v;
+}
+
+// Saves a width × height image of `channels` bytes per pixel and returns the file's bytes.
+std::string save(int width, int height, int channels, std::vector<uint8_t>& data, int* result)
+{
+    Image image{width, height, channels, data.data()};
+    const std::string path = tempPath();
+    *result = BmpData().SaveImage(path.c_str(), &image);
+    std::string bytes = readFile(path);
+    remove(path.c_str());
+    return bytes;
+}
+
+std::string coverageText(int rows, int width, const unsigned char* buffer)
+{
+    testing::internal::CaptureStdout();
+    vyShowCoverage(rows, width, buffer);
+    fflush(stdout);
+    return testing::internal::GetCapturedStdout();
+}
+
+} // namespace
+
+// A 24-bit row that needs no padding still counts 4 bytes of it in the size fields.
+TEST(BmpDataSaveTest, TwentyFourBitStrideOverCount_Kept)
+{
+    for (int width : {4, 5}) {
+        std::vector<uint8_t> data(size_t(width) * 2 * 3);
+        for (size_t i = 0; i < data.size(); ++i)
+            data[i] = uint8_t(i + 1);
+        int result = -1;
+        const std::string file = save(width, 2, 3, data, &result);
+        EXPECT_EQ(result, 0);
+        const uint32_t stride = 16; // width 4: 12 bytes + 4 over-counted; width 5: 15 + 1 padding
+        EXPECT_EQ(file.substr(0, 2), "BM");
+        EXPECT_EQ(le(file, 2, 4), 2 * stride + 54);
+        EXPECT_EQ(le(file, 10, 4), 54u);
+        EXPECT_EQ(le(file, 14, 4), 40u);
+        EXPECT_EQ(le(file, 18, 4), uint32_t(width));
+        EXPECT_EQ(le(file, 22, 4), 2u);
+        EXPECT_EQ(le(file, 26, 2), 1u);
+        EXPECT_EQ(le(file, 28, 2), 24u);
+        EXPECT_EQ(le(file, 34, 4), 2 * stride);
+        for (size_t at : {30, 38, 42, 46, 50})
+            EXPECT_EQ(le(file, at, 4), 0u) << at;
+        // Rows bottom-up, bytes in data order, padded only when the row needs it.
+        const size_t row = size_t(width) * 3, pad = width == 4 ? 0 : 1;
+        const std::string bottom(data.begin() + long(row), data.end());
+        const std::string top(data.begin(), data.begin() + long(row));
+        EXPECT_EQ(file.substr(54), bottom + std::string(pad, '\0') + top + std::string(pad, '\0'));
+    }
+}
+
+// An 8-bit file declares the padded width, so padding reads back as black columns.
+TEST(BmpDataSaveTest, EightBitGreyPaletteAndPaddedWidth)
+{
+    std::vector<uint8_t> data(10 * 3, 7);
+    int result = -1;
+    const std::string file = save(10, 3, 1, data, &result);
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(le(file, 2, 4), 3 * 12 + 1078u);
+    EXPECT_EQ(le(file, 10, 4), 1078u);
+    EXPECT_EQ(le(file, 18, 4), 12u);
+    EXPECT_EQ(le(file, 28, 2), 8u);
+    EXPECT_EQ(le(file, 34, 4), 36u);
+    EXPECT_EQ(le(file, 46, 4), 256u);
+    EXPECT_EQ(le(file, 50, 4), 256u);
+    for (uint32_t i = 0; i < 256; ++i)
+        ASSERT_EQ(le(file, 54 + 4 * i, 4), i | i << 8 | i << 16) << i;
+    const std::string row = std::string(10, '\7') + std::string(2, '\0');
+    EXPECT_EQ(file.substr(1078), row + row + row);
+}
+
+TEST(BmpDataSaveTest, UnsupportedChannelsAndUnwritablePath)
+{
+    std::vector<uint8_t> data(16);
+    int result = -1;
+    EXPECT_EQ(save(2, 2, 2, data, &result), "BM");
+    EXPECT_EQ(result, 0);
+    Image image{2, 2, 3, data.data()};
+    EXPECT_EQ(BmpData().SaveImage("/nonexistent/dir/x.bmp", &image), 0);
+}
+
+// Images written here and read back by the decoder give the original pixels, top row first.
+TEST(BmpDataSaveTest, RoundTripThroughDecoder)
+{
+    std::mt19937 rng(7);
+    for (int trial = 0; trial < 30; ++trial) {
+        const int channels = trial % 2 ? 3 : 1;
+        const int width = int(rng() % 9) + 1, height = int(rng() % 5) + 1;
+        std::vector<uint8_t> data(size_t(width * height * channels));
+        for (uint8_t& b : data)
+            b = uint8_t(rng());
+        const std::string path = tempPath();
+        Image image{width, height, channels, data.data()};
+        ASSERT_EQ(BmpData().SaveImage(path.c_str(), &image), 0);
+        VyBitmap bmp(path.c_str());
+        const int stride = channels == 3 ? width : (width + 3) / 4 * 4;
+        ASSERT_EQ(bmp.width, stride);
+        ASSERT_EQ(bmp.height, height);
+        std::vector<uint8_t> px(size_t(stride * height * 4));
+        bmp.decode(px.data());
+        remove(path.c_str());
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < stride; ++x) {
+                const uint8_t* p = &px[size_t((y * stride + x) * 4)];
+                const uint8_t* src = &data[size_t((y * width + x) * channels)];
+                const std::vector<int> want = x >= width ? std::vector<int>{0, 0, 0, 255}
+                                              : channels == 3
+                                                  ? std::vector<int>{src[0], src[1], src[2], 255}
+                                                  : std::vector<int>{src[0], src[0], src[0], 255};
+                ASSERT_EQ(std::vector<int>(p, p + 4), want) << trial << " " << x << "," << y;
+            }
+        }
+    }
+}
+
+TEST(BmpDataShowTest, CoverageAsText)
+{
+    const unsigned char glyph[] = {0, 1, 254, 255, 128, 0};
+    EXPECT_EQ(coverageText(2, 3, glyph), "\nrow = 2, col = 3 \n 11\n01 \n");
+    EXPECT_EQ(coverageText(0, 5, glyph), "\nrow = 0, col = 5 \n");
+    EXPECT_EQ(coverageText(2, 0, glyph), "\nrow = 2, col = 0 \n\n\n");
+    EXPECT_EQ(coverageText(3, 3, nullptr), "\nrow = 3, col = 3 \n");
+}
