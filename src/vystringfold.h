@@ -20,19 +20,16 @@ inline VyUcs2 vyPropertyUnit(const VyUcs2* p, const VyUcs2* begin)
     return u;
 }
 
-// `unit` plus the case-folding difference of the record of `lookup`, taken to 16 bits. The
-// table stores differences modulo 65536 (some foldings jump further than a short reaches), so
-// the mask gives the true folded unit; for lookup == unit this is VyUnicode::foldCase, inlined
-// for the search loops.
+// `unit` folded with the record of `lookup`.
 inline int vyFoldWith(VyUcs2 unit, VyUcs2 lookup)
 {
-    return (unit + VyUnicodeTables::properties(lookup)->caseFoldDiff) & 0xFFFF;
+    return VyUnicode::foldCase(unit, lookup);
 }
 
 // The folded unit without surrogate pairing.
 inline int vyFoldUnit(VyUcs2 unit)
 {
-    return vyFoldWith(unit, unit);
+    return VyUnicode::foldCase(unit);
 }
 
 // The folded unit at p, paired with a preceding high surrogate at or after `begin`.

@@ -41,14 +41,6 @@ unsigned short VyUnicode::toLower(unsigned short c)
     return static_cast<unsigned short>((c + p->lowerCaseDiff) & 0xFFFF);
 }
 
-int VyUnicode::foldCase(unsigned short c)
-{
-    // Every simple folding of a BMP unit lands in the BMP, so the sum leaves 0..0xFFFF only
-    // for the differences stored modulo 65536; the mask brings those back and changes
-    // nothing else.
-    return (c + VyUnicodeTables::properties(c)->caseFoldDiff) & 0xFFFF;
-}
-
 int VyUnicode::digitValue(unsigned short c)
 {
     return VyUnicodeTables::properties(c)->digitValue();

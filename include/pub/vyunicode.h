@@ -114,11 +114,18 @@ public:
     // Turkish dotless i) do not apply: U+03A3 gives U+03C3.
     static unsigned short toLower(unsigned short c);
 
-    // The simple case folding of `c` (c + caseFoldDiff), always in 0 to 0xFFFF. Two units are
-    // equal ignoring case when their folds are equal. No special-case flag is consulted.
-    // Differences stored modulo 65536 are brought back into range here; a caller that adds a
-    // record's caseFoldDiff to some other unit (surrogate pairs) gets the plain int sum.
-    static int foldCase(unsigned short c);
+    // The unit as case-insensitive comparison sees it: c plus its case-folding difference.
+    // Two units are equal ignoring case when their folds are equal. No special-case flag is
+    // consulted. Differences stored modulo 65536 (some foldings jump further than a short
+    // reaches) are brought back by taking the sum to 16 bits, which changes nothing else
+    // because every simple folding of a BMP unit lands in the BMP.
+    static int foldCase(unsigned short c) { return foldCase(c, c); }
+    // `unit` plus the folding difference of the record of `lookup`, taken to 16 bits. A string
+    // folds the low half of a surrogate pair with the record of the pair's code point.
+    static int foldCase(unsigned short unit, unsigned short lookup)
+    {
+        return (unit + VyUnicodeTables::properties(lookup)->caseFoldDiff) & 0xFFFF;
+    }
 
     // The decimal digit value 0 to 9 for decimal digits of any script, −1 for every other
     // character (superscripts and Roman numerals included).
