@@ -1,26 +1,25 @@
 // The shared containers beside their standard-library counterparts, in one run.
 //
 // Each pair runs the same work on the same keys; after the run a summary line per pair
-// states the library's time over the reference's (median of the repetitions when they are
-// asked for):
-//     ratio <name> <library-time / reference-time> goal <bound>
+// (bench_ratio.h) states the library's time over the reference's.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <deque>
 #include <map>
 #include <random>
-#include <stdio.h>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
+#include "bench_ratio.h"
 #include "vyhash.h"
 #include "vylist.h"
 #include "vymap.h"
 #include "vyvector.h"
 
-namespace {
+namespace
+{
 
 constexpr int kItems = 10000;
 
@@ -225,68 +224,19 @@ BENCHMARK(BM_StdMapInsert);
 BENCHMARK(BM_VyMapLookup);
 BENCHMARK(BM_StdMapLookup);
 
-struct Pair {
-    const char* name;
-    const char* library;
-    const char* reference;
-};
-const Pair kPairs[] = {
-    {"vector_append_vs_std", "BM_VyVectorAppend", "BM_StdVectorAppend"},
-    {"list_append_vs_deque", "BM_VyListAppend", "BM_StdDequeAppend"},
-    {"list_prepend_vs_deque", "BM_VyListPrepend", "BM_StdDequePrepend"},
-    {"hash_insert_vs_unordered_map", "BM_VyHashInsert", "BM_StdUnorderedMapInsert"},
-    {"hash_lookup_vs_unordered_map", "BM_VyHashLookup", "BM_StdUnorderedMapLookup"},
-    {"map_insert_vs_std_map", "BM_VyMapInsert", "BM_StdMapInsert"},
-    {"map_lookup_vs_std_map", "BM_VyMapLookup", "BM_StdMapLookup"},
-};
-constexpr double kGoal = 1.5;
-
-// Passes every run on to the console and keeps the CPU time per iteration of each
-// benchmark: the median aggregate when there is one, else the single run.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    std::map<std::string, double> medians;
-    std::map<std::string, double> singles;
-
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            const std::string name = run.run_name.function_name;
-            if (run.run_type == Run::RT_Aggregate) {
-                if (run.aggregate_name == "median")
-                    medians[name] = run.GetAdjustedCPUTime();
-            } else {
-                singles[name] = run.GetAdjustedCPUTime();
-            }
-        }
-    }
-
-    double time(const std::string& name) const
-    {
-        auto m = medians.find(name);
-        if (m != medians.end())
-            return m->second;
-        auto s = singles.find(name);
-        return s != singles.end() ? s->second : -1.0;
-    }
+const vybench::RatioPair kPairs[] = {
+    {"vector_append_vs_std", "BM_VyVectorAppend", "BM_StdVectorAppend", 1.5},
+    {"list_append_vs_deque", "BM_VyListAppend", "BM_StdDequeAppend", 1.5},
+    {"list_prepend_vs_deque", "BM_VyListPrepend", "BM_StdDequePrepend", 1.5},
+    {"hash_insert_vs_unordered_map", "BM_VyHashInsert", "BM_StdUnorderedMapInsert", 1.5},
+    {"hash_lookup_vs_unordered_map", "BM_VyHashLookup", "BM_StdUnorderedMapLookup", 1.5},
+    {"map_insert_vs_std_map", "BM_VyMapInsert", "BM_StdMapInsert", 1.5},
+    {"map_lookup_vs_std_map", "BM_VyMapLookup", "BM_StdMapLookup", 1.5},
 };
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    for (const Pair& pair : kPairs) {
-        const double library = reporter.time(pair.library);
-        const double reference = reporter.time(pair.reference);
-        if (library > 0 && reference > 0)
-            printf("ratio %s %.2f goal %.1f\n", pair.name, library / reference, kGoal);
-    }
-    benchmark::Shutdown();
-    return 0;
+    return vybench::runWithRatios(argc, argv, kPairs);
 }
