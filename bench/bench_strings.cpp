@@ -17,6 +17,7 @@
 #include <functional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <unicode/ustring.h>
@@ -322,21 +323,21 @@ std::u16string asciiPrefix(int units)
     return std::u16string(text.begin(), text.begin() + units);
 }
 
-void BM_VyCopyShared(benchmark::State& state)
+void BM_VyCopyShared(benchmark::State& state, int units)
 {
-    const std::u16string text = asciiPrefix(int(state.range(0)));
+    const std::u16string text = asciiPrefix(units);
     const VyString s(reinterpret_cast<const VyUcs2*>(text.data()), int(text.size()));
     for (auto _ : state) {
         VyString copy(s);
         benchmark::DoNotOptimize(copy.d);
     }
     state.SetItemsProcessed(int64_t(state.iterations()));
-    state.SetBytesProcessed(int64_t(state.iterations()) * state.range(0) * 2);
+    state.SetBytesProcessed(int64_t(state.iterations()) * units * 2);
 }
 
-void BM_VyCopyDetached(benchmark::State& state)
+void BM_VyCopyDetached(benchmark::State& state, int units)
 {
-    const std::u16string text = asciiPrefix(int(state.range(0)));
+    const std::u16string text = asciiPrefix(units);
     const VyString s(reinterpret_cast<const VyUcs2*>(text.data()), int(text.size()));
     for (auto _ : state) {
         VyString copy(s);
@@ -344,18 +345,18 @@ void BM_VyCopyDetached(benchmark::State& state)
         benchmark::DoNotOptimize(copy.d->data);
     }
     state.SetItemsProcessed(int64_t(state.iterations()));
-    state.SetBytesProcessed(int64_t(state.iterations()) * state.range(0) * 2);
+    state.SetBytesProcessed(int64_t(state.iterations()) * units * 2);
 }
 
-void BM_U16StringCopy(benchmark::State& state)
+void BM_U16StringCopy(benchmark::State& state, int units)
 {
-    const std::u16string s = asciiPrefix(int(state.range(0)));
+    const std::u16string s = asciiPrefix(units);
     for (auto _ : state) {
         std::u16string copy(s);
         benchmark::DoNotOptimize(copy.data());
     }
     state.SetItemsProcessed(int64_t(state.iterations()));
-    state.SetBytesProcessed(int64_t(state.iterations()) * state.range(0) * 2);
+    state.SetBytesProcessed(int64_t(state.iterations()) * units * 2);
 }
 
 // Appending: 4096 pieces of 16 units to an empty string (64 Ki units in the end).
@@ -389,86 +390,94 @@ void BM_U16StringAppend(benchmark::State& state)
     state.SetBytesProcessed(int64_t(state.iterations()) * kPieces * kPieceUnits * 2);
 }
 
-BENCHMARK_CAPTURE(BM_VyUtf8ToUtf16, ascii, Script::Ascii);
-BENCHMARK_CAPTURE(BM_IcuUtf8ToUtf16, ascii, Script::Ascii);
-BENCHMARK_CAPTURE(BM_ScalarUtf8ToUtf16, ascii, Script::Ascii);
-BENCHMARK_CAPTURE(BM_VyUtf8ToUtf16, mixed, Script::Mixed);
-BENCHMARK_CAPTURE(BM_IcuUtf8ToUtf16, mixed, Script::Mixed);
-BENCHMARK_CAPTURE(BM_ScalarUtf8ToUtf16, mixed, Script::Mixed);
-BENCHMARK_CAPTURE(BM_VyUtf16ToUtf8, ascii, Script::Ascii);
-BENCHMARK_CAPTURE(BM_IcuUtf16ToUtf8, ascii, Script::Ascii);
-BENCHMARK_CAPTURE(BM_ScalarUtf16ToUtf8, ascii, Script::Ascii);
-BENCHMARK_CAPTURE(BM_VyUtf16ToUtf8, mixed, Script::Mixed);
-BENCHMARK_CAPTURE(BM_IcuUtf16ToUtf8, mixed, Script::Mixed);
-BENCHMARK_CAPTURE(BM_ScalarUtf16ToUtf8, mixed, Script::Mixed);
-
-BENCHMARK_CAPTURE(BM_VyIndexOf, ascii6, Needle::Ascii6);
-BENCHMARK_CAPTURE(BM_U16StringFind, ascii6, Needle::Ascii6);
-BENCHMARK_CAPTURE(BM_BoyerMooreHorspool, ascii6, Needle::Ascii6);
-BENCHMARK_CAPTURE(BM_VyIndexOf, ascii16, Needle::Ascii16);
-BENCHMARK_CAPTURE(BM_U16StringFind, ascii16, Needle::Ascii16);
-BENCHMARK_CAPTURE(BM_BoyerMooreHorspool, ascii16, Needle::Ascii16);
-BENCHMARK_CAPTURE(BM_VyIndexOf, mixed6, Needle::Mixed6);
-BENCHMARK_CAPTURE(BM_U16StringFind, mixed6, Needle::Mixed6);
-BENCHMARK_CAPTURE(BM_BoyerMooreHorspool, mixed6, Needle::Mixed6);
-BENCHMARK_CAPTURE(BM_VyIndexOf, mixed16, Needle::Mixed16);
-BENCHMARK_CAPTURE(BM_U16StringFind, mixed16, Needle::Mixed16);
-BENCHMARK_CAPTURE(BM_BoyerMooreHorspool, mixed16, Needle::Mixed16);
-
-BENCHMARK(BM_VyCopyShared)->Arg(32)->Arg(4096);
-BENCHMARK(BM_VyCopyDetached)->Arg(32)->Arg(4096);
-BENCHMARK(BM_U16StringCopy)->Arg(32)->Arg(4096);
-BENCHMARK(BM_VyAppend);
-BENCHMARK(BM_U16StringAppend);
+// Every benchmark is named strings/<operation>/<input>/<implementation>, so a filter on
+// "strings" selects this program's benchmarks.
+void registerBenchmarks()
+{
+    using benchmark::RegisterBenchmark;
+    for (Script script : {Script::Ascii, Script::Mixed}) {
+        const std::string input = script == Script::Ascii ? "ascii" : "mixed";
+        const std::string decode = "strings/utf8_to_utf16/" + input;
+        RegisterBenchmark((decode + "/vy").c_str(), BM_VyUtf8ToUtf16, script);
+        RegisterBenchmark((decode + "/icu").c_str(), BM_IcuUtf8ToUtf16, script);
+        RegisterBenchmark((decode + "/scalar").c_str(), BM_ScalarUtf8ToUtf16, script);
+        const std::string encode = "strings/utf16_to_utf8/" + input;
+        RegisterBenchmark((encode + "/vy").c_str(), BM_VyUtf16ToUtf8, script);
+        RegisterBenchmark((encode + "/icu").c_str(), BM_IcuUtf16ToUtf8, script);
+        RegisterBenchmark((encode + "/scalar").c_str(), BM_ScalarUtf16ToUtf8, script);
+    }
+    const std::pair<Needle, const char*> needles[] = {{Needle::Ascii6, "ascii6"},
+                                                      {Needle::Ascii16, "ascii16"},
+                                                      {Needle::Mixed6, "mixed6"},
+                                                      {Needle::Mixed16, "mixed16"}};
+    for (const auto& needle : needles) {
+        const std::string search = std::string("strings/index_of/") + needle.second;
+        RegisterBenchmark((search + "/vy").c_str(), BM_VyIndexOf, needle.first);
+        RegisterBenchmark((search + "/u16string_find").c_str(), BM_U16StringFind, needle.first);
+        RegisterBenchmark((search + "/horspool").c_str(), BM_BoyerMooreHorspool, needle.first);
+    }
+    for (int units : {32, 4096}) {
+        const std::string n = std::to_string(units);
+        RegisterBenchmark(("strings/copy_shared/" + n + "/vy").c_str(), BM_VyCopyShared, units);
+        RegisterBenchmark(("strings/copy_detached/" + n + "/vy").c_str(), BM_VyCopyDetached, units);
+        RegisterBenchmark(("strings/copy/" + n + "/u16string").c_str(), BM_U16StringCopy, units);
+    }
+    RegisterBenchmark("strings/append/vy", BM_VyAppend);
+    RegisterBenchmark("strings/append/u16string", BM_U16StringAppend);
+}
 
 constexpr double kConversionGoal = 1.0;
 constexpr double kSearchGoal = 1.0;
 constexpr double kCopyGoal = 1.5;
 
 const vybench::RatioPair kPairs[] = {
-    {"utf8_to_utf16_ascii_vs_icu", "BM_VyUtf8ToUtf16/ascii", "BM_IcuUtf8ToUtf16/ascii",
-     kConversionGoal},
-    {"utf8_to_utf16_mixed_vs_icu", "BM_VyUtf8ToUtf16/mixed", "BM_IcuUtf8ToUtf16/mixed",
-     kConversionGoal},
-    {"utf16_to_utf8_ascii_vs_icu", "BM_VyUtf16ToUtf8/ascii", "BM_IcuUtf16ToUtf8/ascii",
-     kConversionGoal},
-    {"utf16_to_utf8_mixed_vs_icu", "BM_VyUtf16ToUtf8/mixed", "BM_IcuUtf16ToUtf8/mixed",
-     kConversionGoal},
-    {"utf8_to_utf16_ascii_vs_scalar", "BM_VyUtf8ToUtf16/ascii", "BM_ScalarUtf8ToUtf16/ascii",
-     kConversionGoal},
-    {"utf8_to_utf16_mixed_vs_scalar", "BM_VyUtf8ToUtf16/mixed", "BM_ScalarUtf8ToUtf16/mixed",
-     kConversionGoal},
-    {"utf16_to_utf8_ascii_vs_scalar", "BM_VyUtf16ToUtf8/ascii", "BM_ScalarUtf16ToUtf8/ascii",
-     kConversionGoal},
-    {"utf16_to_utf8_mixed_vs_scalar", "BM_VyUtf16ToUtf8/mixed", "BM_ScalarUtf16ToUtf8/mixed",
-     kConversionGoal},
-    {"index_of_ascii6_vs_u16string_find", "BM_VyIndexOf/ascii6", "BM_U16StringFind/ascii6",
-     kSearchGoal},
-    {"index_of_ascii6_vs_horspool", "BM_VyIndexOf/ascii6", "BM_BoyerMooreHorspool/ascii6",
-     kSearchGoal},
-    {"index_of_ascii16_vs_u16string_find", "BM_VyIndexOf/ascii16", "BM_U16StringFind/ascii16",
-     kSearchGoal},
-    {"index_of_ascii16_vs_horspool", "BM_VyIndexOf/ascii16", "BM_BoyerMooreHorspool/ascii16",
-     kSearchGoal},
-    {"index_of_mixed6_vs_u16string_find", "BM_VyIndexOf/mixed6", "BM_U16StringFind/mixed6",
-     kSearchGoal},
-    {"index_of_mixed6_vs_horspool", "BM_VyIndexOf/mixed6", "BM_BoyerMooreHorspool/mixed6",
-     kSearchGoal},
-    {"index_of_mixed16_vs_u16string_find", "BM_VyIndexOf/mixed16", "BM_U16StringFind/mixed16",
-     kSearchGoal},
-    {"index_of_mixed16_vs_horspool", "BM_VyIndexOf/mixed16", "BM_BoyerMooreHorspool/mixed16",
-     kSearchGoal},
-    {"copy_shared_32_vs_u16string", "BM_VyCopyShared/32", "BM_U16StringCopy/32", kCopyGoal},
-    {"copy_detached_32_vs_u16string", "BM_VyCopyDetached/32", "BM_U16StringCopy/32", kCopyGoal},
-    {"copy_shared_4096_vs_u16string", "BM_VyCopyShared/4096", "BM_U16StringCopy/4096", kCopyGoal},
-    {"copy_detached_4096_vs_u16string", "BM_VyCopyDetached/4096", "BM_U16StringCopy/4096",
+    {"utf8_to_utf16_ascii_vs_icu", "strings/utf8_to_utf16/ascii/vy",
+     "strings/utf8_to_utf16/ascii/icu", kConversionGoal},
+    {"utf8_to_utf16_mixed_vs_icu", "strings/utf8_to_utf16/mixed/vy",
+     "strings/utf8_to_utf16/mixed/icu", kConversionGoal},
+    {"utf8_to_utf16_ascii_vs_scalar", "strings/utf8_to_utf16/ascii/vy",
+     "strings/utf8_to_utf16/ascii/scalar", kConversionGoal},
+    {"utf8_to_utf16_mixed_vs_scalar", "strings/utf8_to_utf16/mixed/vy",
+     "strings/utf8_to_utf16/mixed/scalar", kConversionGoal},
+    {"utf16_to_utf8_ascii_vs_icu", "strings/utf16_to_utf8/ascii/vy",
+     "strings/utf16_to_utf8/ascii/icu", kConversionGoal},
+    {"utf16_to_utf8_mixed_vs_icu", "strings/utf16_to_utf8/mixed/vy",
+     "strings/utf16_to_utf8/mixed/icu", kConversionGoal},
+    {"utf16_to_utf8_ascii_vs_scalar", "strings/utf16_to_utf8/ascii/vy",
+     "strings/utf16_to_utf8/ascii/scalar", kConversionGoal},
+    {"utf16_to_utf8_mixed_vs_scalar", "strings/utf16_to_utf8/mixed/vy",
+     "strings/utf16_to_utf8/mixed/scalar", kConversionGoal},
+    {"index_of_ascii6_vs_u16string_find", "strings/index_of/ascii6/vy",
+     "strings/index_of/ascii6/u16string_find", kSearchGoal},
+    {"index_of_ascii6_vs_horspool", "strings/index_of/ascii6/vy",
+     "strings/index_of/ascii6/horspool", kSearchGoal},
+    {"index_of_ascii16_vs_u16string_find", "strings/index_of/ascii16/vy",
+     "strings/index_of/ascii16/u16string_find", kSearchGoal},
+    {"index_of_ascii16_vs_horspool", "strings/index_of/ascii16/vy",
+     "strings/index_of/ascii16/horspool", kSearchGoal},
+    {"index_of_mixed6_vs_u16string_find", "strings/index_of/mixed6/vy",
+     "strings/index_of/mixed6/u16string_find", kSearchGoal},
+    {"index_of_mixed6_vs_horspool", "strings/index_of/mixed6/vy",
+     "strings/index_of/mixed6/horspool", kSearchGoal},
+    {"index_of_mixed16_vs_u16string_find", "strings/index_of/mixed16/vy",
+     "strings/index_of/mixed16/u16string_find", kSearchGoal},
+    {"index_of_mixed16_vs_horspool", "strings/index_of/mixed16/vy",
+     "strings/index_of/mixed16/horspool", kSearchGoal},
+    {"copy_shared_32_vs_u16string", "strings/copy_shared/32/vy", "strings/copy/32/u16string",
      kCopyGoal},
-    {"append_vs_u16string", "BM_VyAppend", "BM_U16StringAppend", kCopyGoal},
+    {"copy_detached_32_vs_u16string", "strings/copy_detached/32/vy", "strings/copy/32/u16string",
+     kCopyGoal},
+    {"copy_shared_4096_vs_u16string", "strings/copy_shared/4096/vy", "strings/copy/4096/u16string",
+     kCopyGoal},
+    {"copy_detached_4096_vs_u16string", "strings/copy_detached/4096/vy",
+     "strings/copy/4096/u16string", kCopyGoal},
+    {"append_vs_u16string", "strings/append/vy", "strings/append/u16string", kCopyGoal},
 };
 
 } // namespace
 
 int main(int argc, char** argv)
 {
+    registerBenchmarks();
     return vybench::runWithRatios(argc, argv, kPairs);
 }
