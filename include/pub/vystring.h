@@ -26,6 +26,7 @@
 #include "vyglobal.h"
 
 #include <atomic>
+#include <stdarg.h>
 
 class VyStringList;
 
@@ -264,6 +265,102 @@ public:
     VyString leftJustified(int width, VyUcs2 fill = ' ', bool truncate = false) const;
     VyString rightJustified(int width, VyUcs2 fill = ' ', bool truncate = false) const;
 
+    // ---- Formatting and number reading ----
+    //
+    // Place markers: a percent sign, an optional `L`, then one or two decimal digits of any
+    // script ("%1", "%L2", "%05" is marker 5, "%123" is marker 12 followed by "3"). Each arg
+    // replaces every marker that carries the lowest number in the text, padded with `fillChar`
+    // to |fieldWidth| units: before the value for a positive width, after it for a negative
+    // one. Markers with `L` get the number with group separators while
+    // VyLocale::mNumberOptions is 0. A text without any marker prints a message on standard
+    // output and is returned unchanged. A fillChar of '0' pads numbers with zeros after the
+    // sign. A VyUcs2 argument is formatted as a number (wrap it in VyString for the unit).
+    VyString arg(const VyString& a, int fieldWidth = 0, VyUcs2 fillChar = ' ') const;
+    // The byte stored unchanged as one unit, like VyString(char).
+    VyString arg(char a, int fieldWidth = 0, VyUcs2 fillChar = ' ') const;
+    // `base` 2 to 36 (others are taken as 10); outside base 10 a negative value is written as
+    // its unsigned 64-bit pattern.
+    VyString arg(long long a, int fieldWidth = 0, int base = 10, VyUcs2 fillChar = ' ') const;
+    VyString arg(unsigned long long a, int fieldWidth = 0, int base = 10,
+                 VyUcs2 fillChar = ' ') const;
+    VyString arg(int a, int fieldWidth = 0, int base = 10, VyUcs2 fillChar = ' ') const
+    {
+        return arg((long long)a, fieldWidth, base, fillChar);
+    }
+    VyString arg(uint a, int fieldWidth = 0, int base = 10, VyUcs2 fillChar = ' ') const
+    {
+        return arg((unsigned long long)a, fieldWidth, base, fillChar);
+    }
+    VyString arg(long a, int fieldWidth = 0, int base = 10, VyUcs2 fillChar = ' ') const
+    {
+        return arg((long long)a, fieldWidth, base, fillChar);
+    }
+    VyString arg(unsigned long a, int fieldWidth = 0, int base = 10, VyUcs2 fillChar = ' ') const
+    {
+        return arg((unsigned long long)a, fieldWidth, base, fillChar);
+    }
+    // `format` is one of e, E, f, F, g, G (others are taken as g); a negative precision is 6.
+    VyString arg(double a, int fieldWidth = 0, char format = 'g', int precision = -1,
+                 VyUcs2 fillChar = ' ') const;
+    // Replaces several markers at once: the distinct marker numbers (ASCII digits only, up to
+    // 999), in ascending order, take args[0] to args[numArgs - 1] (no padding, `L` ignored);
+    // other markers stay. Prints a message when there are fewer markers than arguments.
+    VyString multiArg(int numArgs, const VyString** args) const;
+
+    // Numbers as text with VyLocale's symbols: no grouping, no padding. `base` 2 to 36 (others
+    // are taken as 10); outside base 10 negative values are written as unsigned 64-bit
+    // patterns. A double is written with `format` (e, E, f, F, g, G) and `precision`.
+    static VyString number(int n, int base = 10);
+    static VyString number(long n, int base = 10);
+    static VyString number(uint n, int base = 10);
+    static VyString number(unsigned long n, int base = 10);
+    static VyString number(long long n, int base = 10);
+    static VyString number(unsigned long long n, int base = 10);
+    static VyString number(double n, char format = 'g', int precision = 6);
+    VyString& setNum(long long n, int base = 10);
+    VyString& setNum(unsigned long long n, int base = 10);
+    VyString& setNum(double n, char format = 'g', int precision = 6);
+    VyString& setNum(short n, int base = 10) { return setNum((long long)n, base); }
+    VyString& setNum(unsigned short n, int base = 10)
+    {
+        return setNum((unsigned long long)n, base);
+    }
+    VyString& setNum(int n, int base = 10) { return setNum((long long)n, base); }
+    VyString& setNum(uint n, int base = 10) { return setNum((unsigned long long)n, base); }
+    VyString& setNum(long n, int base = 10) { return setNum((long long)n, base); }
+    VyString& setNum(unsigned long n, int base = 10) { return setNum((unsigned long long)n, base); }
+    VyString& setNum(float n, char format = 'g', int precision = 6)
+    {
+        return setNum(double(n), format, precision);
+    }
+
+    // Replaces the contents with the C-style formatted text. The format is read as bytes
+    // (plain runs as UTF-8). Conversions: flags # 0 - space + ' (grouping); a width and a
+    // precision, either as digits or `*` from the arguments; the length modifiers hh h l ll L
+    // j z t; d i o u x X e E f F g G a A c s p n %. `%s` reads UTF-8 (with a precision: at
+    // most that many bytes), `%c` one byte as a unit (`%lc` a unit), `%p` "0x" and lower-case
+    // hex digits, `%n` stores the units written so far. An unknown conversion is copied as it
+    // stands. The result has no length limit. Numbers are written by VyLocale with its symbols
+    // and agree with C's snprintf in the C locale, except that `'` groups with
+    // VyLocale::mGroupSeparator.
+    VyString& sprintf(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    VyString& vsprintf(const char* format, va_list ap) __attribute__((format(printf, 2, 0)));
+
+    // The whole text as a number in `base` (0: from the prefix, or 2 to 36), white space
+    // allowed around it, no group separators. Failure (malformed text, a value outside the
+    // type) gives 0 and sets *ok to false; `ok` may be null.
+    short toShort(bool* ok = nullptr, int base = 10) const;
+    unsigned short toUShort(bool* ok = nullptr, int base = 10) const;
+    int toInt(bool* ok = nullptr, int base = 10) const;
+    uint toUInt(bool* ok = nullptr, int base = 10) const;
+    long toLong(bool* ok = nullptr, int base = 10) const;
+    unsigned long toULong(bool* ok = nullptr, int base = 10) const;
+    long long toLongLong(bool* ok = nullptr, int base = 10) const;
+    unsigned long long toULongLong(bool* ok = nullptr, int base = 10) const;
+    // Decimal text, or inf / infinity / nan in any case. toFloat fails beyond the float range.
+    float toFloat(bool* ok = nullptr) const;
+    double toDouble(bool* ok = nullptr) const;
+
     // Never null while the string is alive.
     Data* d;
 
@@ -286,6 +383,23 @@ private:
 };
 
 static_assert(sizeof(VyString) == 2 * sizeof(void*), "a string is a vtable pointer and `d`");
+
+// The place markers of a template, as VyString::arg sees them: the lowest marker number
+// (INT_MAX when there is none), how many markers carry it, how many of those carry `L`, and
+// their total length in units.
+struct ArgEscapeData {
+    int minEscape;
+    int occurrences;
+    int localeOccurrences;
+    int escapeLength;
+};
+// Scans `s` for place markers (see VyString::arg).
+ArgEscapeData findArgEscapes(const VyString& s);
+// Replaces the markers numbered d.minEscape: by `larg` where they carry `L`, else by `arg`,
+// padded with `fillChar` to |fieldWidth| (before the value for a positive width, after it for
+// a negative one). `d` must be findArgEscapes(s) with occurrences > 0.
+VyString replaceArgEscapes(const VyString& s, const ArgEscapeData& d, int fieldWidth,
+                           const VyString& arg, const VyString& larg, VyUcs2 fillChar);
 
 // The key hash of VyHash<VyString, T>: the first size() bytes of the UTF-8 form (a prefix of
 // it for non-ASCII text) through h = (h << 4) + byte, folding the top nibble back in and
