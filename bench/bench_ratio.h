@@ -12,6 +12,7 @@
 #include <map>
 #include <stdio.h>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace vybench
@@ -28,10 +29,14 @@ struct RatioPair {
 };
 
 // Passes every run on to the console and keeps the CPU seconds per iteration of each
-// benchmark, so pairs measured in different time units still compare.
+// benchmark, so pairs measured in different time units still compare. Colours only a terminal:
+// a reporter handed to RunSpecifiedBenchmarks does not follow --benchmark_color, and escape
+// codes in a log would stand in front of the ratio lines that scripts look for.
 class RatioReporter : public benchmark::ConsoleReporter
 {
 public:
+    RatioReporter() : ConsoleReporter(isatty(STDOUT_FILENO) ? OO_Defaults : OO_Tabular) {}
+
     void ReportRuns(const std::vector<Run>& runs) override
     {
         ConsoleReporter::ReportRuns(runs);
