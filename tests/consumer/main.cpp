@@ -1,7 +1,9 @@
 // A program built against an installed libvy, the way a framework uses it: headers from the
 // installed include folder, the library through its CMake package or pkg-config. It calls
 // into the shared object (an exported function and the vector's shared empty block) and
-// checks the answers, so a broken install fails here rather than in the framework.
+// checks the answers, so a broken install fails here rather than in the framework. The font
+// cache brings in FreeType, which the static library's users must link as well.
+#include "vyfontcache.h"
 #include "vyglobal.h"
 #include "vyvector.h"
 
@@ -30,6 +32,17 @@ int main()
         fprintf(stderr, "expected 13 elements ending in 144 and a detached copy of 14\n");
         ++failures;
     }
+
+    // The font cache pulls in the rasteriser, so a static link needs FreeType as well. No
+    // font is opened: a new cache is empty and has no limit.
+    VyFontCache* cache = VyFontCache::instance();
+    printf("font cache: %d glyphs, %d bytes, limit %d\n", cache->size(), cache->usedBytes,
+           cache->limit);
+    if (cache->size() != 0 || cache->usedBytes != 0 || cache->limit != -1) {
+        fprintf(stderr, "expected an empty font cache without a limit\n");
+        ++failures;
+    }
+    delete cache;
 
     return failures == 0 ? 0 : 1;
 }

@@ -1,0 +1,263 @@
+// Font cache: shared records and their holders, purging and re-rendering into the same
+// record, the limit, switching and closing font files, the singleton, the exits, and a
+// concurrency stress test (its suite name, VyFontCacheConcurrency, is what the
+// ThreadSanitizer stage of scripts/test selects).
+#include "textfonts.h"
+#include "vyfontcache.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <map>
+#include <random>
+#include <stdlib.h>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+class VyFontCacheTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        cache = VyFontCache::instance();
+        cache->setFontFile(VyString(DEJAVU_SANS));
+        cache->limit = -1;
+    }
+    void TearDown() override
+    {
+        cache->closeFontFile();
+        cache->limit = -1;
+    }
+
+    VyFontCache* cache = nullptr;
+};
+
+} // namespace
+
+TEST_F(VyFontCacheTest, FontsDifferingInUnderLineOrLightFaceShareTheRecord)
+{
+    const VyFont plain(16, false, false, false, false);
+    GlyphBitmap* a = VyFontCache::glyph('H', plain);
+    EXPECT_EQ(a->refCount, 1);
+    EXPECT_EQ(VyFontCache::glyph('H', VyFont(16, false, false, false, true)), a);
+    EXPECT_EQ(a->refCount, 2);
+    EXPECT_EQ(VyFontCache::glyph('H', VyFont(16, false, false, true, false)), a);
+    EXPECT_EQ(a->refCount, 3);
+    GlyphBitmap* bigger = VyFontCache::glyph('H', VyFont(17, false, false, false, false));
+    GlyphBitmap* slanted = VyFontCache::glyph('H', VyFont(16, true, false, false, false));
+    EXPECT_NE(bigger, a);
+    EXPECT_NE(slanted, a);
+    EXPECT_GT(slanted->width, a->width);
+    EXPECT_EQ(cache->size(), 3);
+    EXPECT_EQ(cache->usedBytes,
+              a->width * a->rows + bigger->width * bigger->rows + slanted->width * slanted->rows);
+    for (const GlyphBitmap* g : {a, a, a, bigger, slanted})
+        vyGlyphRelease(g);
+    EXPECT_EQ(a->refCount, 0);
+}
+
+TEST_F(VyFontCacheTest, PurgeKeepsHeldPixelsAndReRendersIntoTheSameRecord)
+{
+    const VyFont font(20, false, true, false, false);
+    GlyphBitmap* held = VyFontCache::glyph('H', font);
+    GlyphBitmap* idle = VyFontCache::glyph('i', font);
+    const std::string heldPixels = pixels(held), idlePixels = pixels(idle);
+    const GlyphBitmap idleBefore = *idle;
+    vyGlyphRelease(idle);
+    const int bytes = cache->usedBytes;
+
+    cache->cleanCache(true);
+    EXPECT_EQ(pixels(held), heldPixels);
+    EXPECT_EQ(idle->buffer, nullptr);
+    EXPECT_EQ(cache->usedBytes, held->width * held->rows);
+    EXPECT_EQ(cache->fontTable('i', font), idle);
+
+    EXPECT_EQ(VyFontCache::glyph('i', font), idle);
+    EXPECT_EQ(pixels(idle), idlePixels);
+    EXPECT_EQ(idle->width, idleBefore.width);
+    EXPECT_EQ(idle->advance, idleBefore.advance);
+    EXPECT_EQ(idle->refCount, 1);
+    EXPECT_EQ(cache->usedBytes, bytes);
+    EXPECT_EQ(cache->size(), 2);
+    vyGlyphRelease(idle);
+    vyGlyphRelease(held);
+}
+
+TEST_F(VyFontCacheTest, CleanCacheWithoutForcePurgesOnlyAtTheLimit)
+{
+    GlyphBitmap* g = VyFontCache::glyph('W', VyFont(30, false, false, false, false));
+    vyGlyphRelease(g);
+    const int used = cache->usedBytes;
+    ASSERT_GT(used, 0);
+    cache->cleanCache(false); // no limit
+    EXPECT_NE(g->buffer, nullptr);
+    cache->limit = used + 1;
+    cache->cleanCache(false);
+    EXPECT_NE(g->buffer, nullptr);
+    cache->limit = used;
+    cache->cleanCache(false);
+    EXPECT_EQ(g->buffer, nullptr);
+    EXPECT_EQ(cache->usedBytes, 0);
+    // At 0 bytes a limit of 0 is reached too; with nothing left to free nothing changes.
+    cache->limit = 0;
+    cache->cleanCache(false);
+    EXPECT_EQ(cache->usedBytes, 0);
+}
+
+TEST_F(VyFontCacheTest, SetFontFileDropsEverythingAndFallsBackToTheEnvironment)
+{
+    vyGlyphRelease(VyFontCache::glyph('A', VyFont()));
+    vyGlyphRelease(VyFontCache::glyph(0x4E00, VyFont()));
+    cache->limit = 1000;
+    setenv("VY_FONTLIB", UNIFONT, 1);
+    cache->setFontFile(VyString());
+    unsetenv("VY_FONTLIB");
+    EXPECT_EQ(cache->size(), 0);
+    EXPECT_EQ(cache->usedBytes, 0);
+    EXPECT_EQ(cache->blockMM->size(), 1);
+    EXPECT_EQ(cache->limit, 1000);
+    // Unifont has the ideograph DejaVu Sans lacked: a full em wide.
+    GlyphBitmap* g = VyFontCache::glyph(0x4E00, VyFont());
+    EXPECT_EQ(g->advance, 16);
+    vyGlyphRelease(g);
+}
+
+TEST_F(VyFontCacheTest, CloseFontFileDropsGlyphsAndClosesFreeType)
+{
+    vyGlyphRelease(VyFontCache::glyph('A', VyFont()));
+    cache->closeFontFile();
+    EXPECT_EQ(cache->size(), 0);
+    EXPECT_EQ(cache->usedBytes, 0);
+    EXPECT_EQ(VyFreetype::m_pface, nullptr);
+    EXPECT_EQ(VyFreetype::m_plibrary, nullptr);
+    cache->setFontFile(VyString(DEJAVU_SANS));
+    GlyphBitmap* g = VyFontCache::glyph('A', VyFont());
+    EXPECT_GT(g->rows, 0);
+    vyGlyphRelease(g);
+}
+
+TEST(VyFontCacheConcurrency, RacingFirstCallsCreateOneSingleton)
+{
+    VyFontCache::instance(); // so that a rasteriser exists
+    VyFreetype* engine = VyFontCache::m_pFtEngine;
+    delete VyFontCache::instance();
+    EXPECT_EQ(VyFontCache::m_pMyself, nullptr);
+
+    std::atomic<bool> go{false};
+    std::vector<VyFontCache*> seen(8);
+    std::vector<std::thread> threads;
+    for (VyFontCache*& s : seen)
+        threads.emplace_back([&go, &s] {
+            while (!go.load())
+                std::this_thread::yield();
+            s = VyFontCache::instance();
+        });
+    go = true;
+    for (std::thread& t : threads)
+        t.join();
+    for (VyFontCache* s : seen)
+        EXPECT_EQ(s, VyFontCache::m_pMyself);
+    EXPECT_NE(VyFontCache::m_pMyself, nullptr);
+    EXPECT_EQ(VyFontCache::m_pFtEngine, engine); // one rasteriser serves them all
+    EXPECT_EQ(VyFontCache::m_pMyself->limit, -1);
+}
+
+using VyFontCacheDeathTest = VyFontCacheTest;
+
+TEST_F(VyFontCacheDeathTest, MissingOrUnopenableFontEndsTheProcess)
+{
+    unsetenv("VY_FONTLIB");
+    EXPECT_EXIT((stdoutToStderr(), cache->setFontFile(VyString())), testing::ExitedWithCode(1),
+                literal("[GUI-FRAMEWORK]: font not specified, set \"VY_FONTLIB\" env or call "
+                        "VyApplication::setFontFile() !!!\n"));
+    EXPECT_EXIT((stdoutToStderr(), cache->setFontFile(VyString("/no/such.otf"))),
+                testing::ExitedWithCode(1),
+                literal("[GUI-FRAMEWORK]: open font(/no/such.otf) failed !!!\n"));
+}
+
+// Fetchers hold batches of glyphs (hits, misses, several sizes and styles) and check them
+// against renders made beforehand, while a purger drops every unheld glyph's pixels.
+TEST(VyFontCacheConcurrency, FetchAndReleaseWhilePurging)
+{
+    VyFontCache* cache = VyFontCache::instance();
+    cache->setFontFile(VyString(DEJAVU_SANS));
+    const std::u16string units = u"Aagj.W \u00E9\u0416\u05D0";
+    const int sizes[] = {11, 16, 23};
+    std::map<int, GlyphBitmap> reference;
+    std::map<int, std::string> referencePixels;
+    VyFreetype ft;
+    for (char16_t u : units)
+        for (int size : sizes)
+            for (int style = 0; style < 4; ++style) {
+                ft.setTextFont(VyFont(size, style & 2, style & 1, false, false));
+                GlyphBitmap g = ft.resloveUnicode(u);
+                const int key = VyFonteUnitCache::glyphKey(u, size, style);
+                reference[key] = g;
+                referencePixels[key] = pixels(&g);
+                free(g.buffer);
+                reference[key].buffer = nullptr;
+            }
+
+    std::atomic<bool> stop{false};
+    std::atomic<int> bad{0}, purges{0};
+    std::vector<int> fetched(4);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&, t] {
+            std::mt19937 rng(t);
+            std::vector<const GlyphBitmap*> held;
+            for (int round = 0; !stop.load(std::memory_order_relaxed); ++round) {
+                for (int i = 0; i < 8; ++i) {
+                    const int size = sizes[rng() % 3], style = int(rng() % 4);
+                    const VyFont font(size, style & 2, style & 1, rng() % 2, rng() % 2);
+                    // One in eight is a unit no other fetch asks for: a miss.
+                    const bool fresh = i == 0 && round % 2;
+                    const char16_t u = fresh ? char16_t(0x3000 + (t * 4099 + round) % 0x400)
+                                             : units[rng() % units.size()];
+                    const GlyphBitmap* g = VyFontCache::glyph(u, font);
+                    held.push_back(g);
+                    const int key = VyFonteUnitCache::glyphKey(u, size, style);
+                    bool ok = g->unicode == u && g->font.fontSize == size &&
+                              VyFonteUnitCache::fontFlag(g->font) == style &&
+                              g->descent == g->rows - g->top && g->buffer &&
+                              __atomic_load_n(&g->refCount, __ATOMIC_RELAXED) > 0;
+                    if (ok && !fresh) {
+                        const GlyphBitmap& r = reference.at(key);
+                        ok = g->width == r.width && g->left == r.left && g->top == r.top &&
+                             g->advance == r.advance && pixels(g) == referencePixels.at(key);
+                    }
+                    bad += !ok;
+                }
+                std::this_thread::yield();
+                for (const GlyphBitmap* g : held) // pixels still there while held
+                    bad += g->buffer == nullptr;
+                for (const GlyphBitmap* g : held)
+                    vyGlyphRelease(g);
+                held.clear();
+                fetched[t] = round + 1;
+            }
+        });
+    threads.emplace_back([&] {
+        while (!stop.load(std::memory_order_relaxed)) {
+            cache->cleanCache(true);
+            ++purges;
+            std::this_thread::sleep_for(std::chrono::microseconds(300));
+        }
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    stop = true;
+    for (std::thread& t : threads)
+        t.join();
+
+    EXPECT_EQ(bad.load(), 0);
+    EXPECT_GT(purges.load(), 0);
+    for (int n : fetched)
+        EXPECT_GT(n, 0);
+    for (const GlyphBitmap* g : cache->values())
+        EXPECT_EQ(g->refCount, 0);
+    cache->closeFontFile();
+}
