@@ -27,6 +27,7 @@
 
 #include <atomic>
 #include <stdarg.h>
+#include <type_traits>
 
 class VyStringList;
 
@@ -298,6 +299,18 @@ public:
     VyString arg(unsigned long a, int fieldWidth = 0, int base = 10, VyUcs2 fillChar = ' ') const
     {
         return arg((unsigned long long)a, fieldWidth, base, fillChar);
+    }
+    // Any integer with a fill of any character type (a plain '0' included), which the
+    // overloads above would leave ambiguous against the double form.
+    template <typename Int, typename Fill,
+              typename = std::enable_if_t<std::is_integral<Int>::value &&
+                                          std::is_integral<Fill>::value>>
+    VyString arg(Int a, int fieldWidth, int base, Fill fillChar) const
+    {
+        if constexpr (std::is_signed<Int>::value)
+            return arg((long long)a, fieldWidth, base, VyUcs2(fillChar));
+        else
+            return arg((unsigned long long)a, fieldWidth, base, VyUcs2(fillChar));
     }
     // `format` is one of e, E, f, F, g, G (others are taken as g); a negative precision is 6.
     VyString arg(double a, int fieldWidth = 0, char format = 'g', int precision = -1,

@@ -1,0 +1,382 @@
+// Number symbols, the byte form, group separators, integer and double text against C's
+// snprintf and a naive base converter, and the byte-level readers at their limits.
+#include "vylocale.h"
+
+#include <gtest/gtest.h>
+
+#include <charconv>
+#include <climits>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <string>
+
+namespace
+{
+
+std::string U8(const VyString& s)
+{
+    return std::string(s.toUtf8().constData());
+}
+
+// Restores the library-wide symbols when a test has changed them.
+struct SymbolsGuard {
+    VyUcs2 saved[8] = {VyLocale::mDecimal,      VyLocale::mGroupSeparator, VyLocale::mNegativeSign,
+                       VyLocale::mPositiveSign, VyLocale::mPercentSign,    VyLocale::mZeroDigit,
+                       VyLocale::mExponential,  VyLocale::mListSign};
+    unsigned short options = VyLocale::mNumberOptions;
+    ~SymbolsGuard()
+    {
+        VyLocale::mDecimal = saved[0];
+        VyLocale::mGroupSeparator = saved[1];
+        VyLocale::mNegativeSign = saved[2];
+        VyLocale::mPositiveSign = saved[3];
+        VyLocale::mPercentSign = saved[4];
+        VyLocale::mZeroDigit = saved[5];
+        VyLocale::mExponential = saved[6];
+        VyLocale::mListSign = saved[7];
+        VyLocale::mNumberOptions = options;
+    }
+};
+
+VyString ll(long long v, int precision, int base, int width, unsigned flags)
+{
+    return VyLocale::longLongToString('0', ',', '+', '-', v, precision, base, width, flags);
+}
+
+VyString dbl(double v, int precision, VyLocale::DoubleForm form, int width, unsigned flags)
+{
+    return VyLocale::doubleToString('0', '+', '-', 'e', ',', '.', v, precision, form, width, flags);
+}
+
+std::string cBytes(const char* text, VyLocale::GroupSeparatorMode mode, bool* ok)
+{
+    VyVector<char> out;
+    *ok = VyLocale::numberToCLocale(VyString(text), mode, &out);
+    return *ok ? std::string(out.constData()) : std::string();
+}
+
+} // namespace
+
+TEST(VyLocale, SymbolsStartAsTheCLocale)
+{
+    EXPECT_EQ(VyLocale::mDecimal, '.');
+    EXPECT_EQ(VyLocale::mGroupSeparator, ',');
+    EXPECT_EQ(VyLocale::mNegativeSign, '-');
+    EXPECT_EQ(VyLocale::mPositiveSign, '+');
+    EXPECT_EQ(VyLocale::mPercentSign, '%');
+    EXPECT_EQ(VyLocale::mZeroDigit, '0');
+    EXPECT_EQ(VyLocale::mExponential, 'e');
+    EXPECT_EQ(VyLocale::mListSign, ';');
+    EXPECT_EQ(VyLocale::mNumberOptions, 0);
+}
+
+TEST(VyLocale, DigitsAndSymbolsInTheByteForm)
+{
+    SymbolsGuard guard;
+    const unsigned short cases[][2] = {{'7', '7'}, {'+', '+'}, {'-', '-'}, {'.', '.'}, {',', ','},
+                                       {'e', 'e'}, {'E', 'e'}, {' ', 0},   {'x', 0},   {0x0663, 0}};
+    for (const auto& c : cases)
+        EXPECT_EQ(VyLocale::digitToCLocale(c[0]), char(c[1])) << c[0];
+    VyLocale::mZeroDigit = 0x0660; // Arabic-Indic digits; ASCII digits still read
+    VyLocale::mGroupSeparator = 0x00A0;
+    EXPECT_EQ(VyLocale::digitToCLocale(0x0663), '3');
+    EXPECT_EQ(VyLocale::digitToCLocale('9'), '9');
+    EXPECT_EQ(VyLocale::digitToCLocale(' '), ',');
+    EXPECT_EQ(VyLocale::digitToCLocale(0x00A0), ',');
+    EXPECT_EQ(U8(VyString::number(-305)), "-\u0663\u0660\u0665");
+    EXPECT_EQ(VyString("\u0664\u0662").toInt(), 42);
+}
+
+TEST(VyLocale, ByteFormTrimsAndRefusesGarbage)
+{
+    bool ok;
+    EXPECT_EQ(cBytes("  42  ", VyLocale::RejectGroupSeparators, &ok), "42");
+    EXPECT_TRUE(ok);
+    EXPECT_EQ(cBytes("\t1E5;%X", VyLocale::RejectGroupSeparators, &ok), "1e5;%x");
+    EXPECT_TRUE(ok);
+    for (const char* bad : {"42x!", "", "   ", "4 2", "1\xC3\xA9"}) {
+        cBytes(bad, VyLocale::RejectGroupSeparators, &ok);
+        EXPECT_FALSE(ok) << bad;
+    }
+}
+
+TEST(VyLocale, GroupSeparatorsAcceptedWhereTheyBelong)
+{
+    bool ok;
+    const char* good[][2] = {{"1,234", "1234"},   {"12,345.5", "12345.5"},  {"-123,456", "-123456"},
+                             {"+1,234", "+1234"}, {"1,234,567", "1234567"}, {"1,234e5", "1234e5"},
+                             {"123", "123"}};
+    for (const auto& g : good) {
+        EXPECT_EQ(cBytes(g[0], VyLocale::AcceptGroupSeparators, &ok), g[1]) << g[0];
+        EXPECT_TRUE(ok) << g[0];
+    }
+    EXPECT_EQ(VyLocale::stringToDouble(VyString("12,345.5"), &ok, VyLocale::AcceptGroupSeparators),
+              12345.5);
+    // Only a leading minus is excused where a separator is due, so "+123,456" fails.
+    for (const char* bad : {",123", "1,23", "1,2345", "1234,567", "1,", "1,,234", "1.234,5",
+                            "1e1,000", "1.2.3", "+123,456", "1,234.5.6"}) {
+        cBytes(bad, VyLocale::AcceptGroupSeparators, &ok);
+        EXPECT_FALSE(ok) << bad;
+    }
+    EXPECT_EQ(
+        VyLocale::stringToLongLong(VyString("1,234"), 10, &ok, VyLocale::RejectGroupSeparators), 0);
+    EXPECT_FALSE(ok);
+
+    VyVector<char> bytes;
+    EXPECT_TRUE(VyLocale::removeGroupSeparators(&bytes));
+    for (char c : std::string("9,876")) // no terminator: the vector is read whole
+        bytes.append(c);
+    EXPECT_TRUE(VyLocale::removeGroupSeparators(&bytes));
+    EXPECT_STREQ(bytes.constData(), "9876");
+}
+
+TEST(VyLocale, NoBreakSpaceSeparatorTrimsFirst)
+{
+    SymbolsGuard guard;
+    VyLocale::mGroupSeparator = 0x00A0;
+    bool ok;
+    EXPECT_EQ(VyLocale::stringToLongLong(VyString("  1 234\u00A0567 "), 10, &ok,
+                                         VyLocale::AcceptGroupSeparators),
+              1234567);
+    EXPECT_TRUE(ok);
+}
+
+TEST(VyLocale, IntegerFlagsBasesWidthsPrecisionsAgreeWithC)
+{
+    // C's %d, %o, %x for the flags they share; a non-zero value keeps C's "0x" rules equal.
+    std::mt19937_64 rng(5);
+    const unsigned cFlags[] = {VyLocale::AlternateForm, VyLocale::ZeroPad, VyLocale::LeftJustify,
+                               VyLocale::BlankSign, VyLocale::PlusSign};
+    const char cChars[] = "#0- +";
+    for (int round = 0; round < 20000; ++round) {
+        long long v = (long long)rng();
+        if (round % 2)
+            v %= 100000;
+        if (v == 0)
+            v = 7;
+        const int base = "\x08\x0a\x10"[round % 3];
+        const int width = int(rng() % 24);
+        const int precision = rng() % 3 == 0 ? int(rng() % 22) : -1;
+        unsigned flags = 0;
+        std::string format = "%";
+        for (int k = 0; k < 5; ++k) {
+            if (rng() % 3 == 0) {
+                flags |= cFlags[k];
+                format += cChars[k];
+            }
+        }
+        format += "*";
+        if (precision >= 0)
+            format += "." + std::to_string(precision);
+        format += base == 8 ? "llo" : base == 10 ? "lld" : "llx";
+        char expected[128];
+        snprintf(expected, sizeof expected, format.c_str(), width, v);
+        std::string got = U8(ll(v, precision, base, width, flags));
+        // The library never pads with spaces; the caller does.
+        const int pad = width - int(got.size());
+        if (pad > 0)
+            got = (flags & VyLocale::LeftJustify) ? got + std::string(pad, ' ')
+                                                  : std::string(pad, ' ') + got;
+        ASSERT_EQ(got, expected) << format << " " << v;
+    }
+}
+
+TEST(VyLocale, IntegerCasesOutsideC)
+{
+    EXPECT_EQ(U8(ll(-1234, -1, 10, -1, VyLocale::GroupDigits)), "-1,234");
+    EXPECT_EQ(U8(ll(1234567, 10, 10, -1, VyLocale::GroupDigits)), "01,234,567"); // separators count
+    EXPECT_EQ(U8(ll(255, -1, 16, -1, VyLocale::AlternateForm | VyLocale::UpperCase)), "0xFF");
+    EXPECT_EQ(U8(ll(255, -1, 16, -1, 0x141)), "0XFF");
+    EXPECT_EQ(U8(ll(5, -1, 2, 8, VyLocale::ShowBase | VyLocale::ZeroPad)), "0b000101");
+    EXPECT_EQ(U8(ll(42, 5, 10, -1, 0)), "00042");
+    EXPECT_EQ(U8(ll(-42, -1, 10, 6, VyLocale::ZeroPad)), "-00042");
+    EXPECT_EQ(U8(ll(0, -1, 16, -1, VyLocale::AlternateForm)), "0x0"); // unlike C
+    EXPECT_EQ(U8(ll(-1, -1, 16, -1, VyLocale::PlusSign)), "ffffffffffffffff");
+    EXPECT_EQ(U8(ll(35, -1, 36, -1, VyLocale::UpperCase)), "Z");
+    EXPECT_EQ(U8(ll(LLONG_MIN, -1, 10, -1, 0)), "-9223372036854775808");
+    EXPECT_EQ(U8(ll(12, -1, 1, -1, 0)), "12"); // an invalid base is 10
+    EXPECT_EQ(U8(VyLocale::unsLongLongToString('0', ',', '+', ULLONG_MAX, -1, 10, -1,
+                                               VyLocale::PlusSign | VyLocale::GroupDigits)),
+              "+18,446,744,073,709,551,615");
+}
+
+TEST(VyLocale, DoublesInTheThreeFormsAgreeWithC)
+{
+    std::mt19937_64 rng(9);
+    const unsigned cFlags[] = {VyLocale::AlternateForm, VyLocale::ZeroPad, VyLocale::LeftJustify,
+                               VyLocale::BlankSign, VyLocale::PlusSign};
+    const char cChars[] = "#0- +";
+    const VyLocale::DoubleForm forms[] = {VyLocale::FormExponent, VyLocale::FormDecimal,
+                                          VyLocale::FormGeneral};
+    for (int round = 0; round < 20000; ++round) {
+        double v;
+        const uint64_t bits = rng();
+        if (round % 3 == 0)
+            memcpy(&v, &bits, sizeof v);
+        else
+            v = std::ldexp(double(int64_t(rng() % 2000001) - 1000000), int(rng() % 60) - 30);
+        if (std::isnan(v)) // C writes "-nan" for some
+            continue;
+        const int form = round % 3;
+        const int width = int(rng() % 30);
+        const int precision = int(rng() % 19);
+        unsigned flags = 0;
+        std::string format = "%";
+        for (int k = 0; k < 5; ++k) {
+            if (rng() % 3 == 0) {
+                flags |= cFlags[k];
+                format += cChars[k];
+            }
+        }
+        format += "*." + std::to_string(precision) + "efg"[form];
+        std::string expected(400, '\0');
+        expected.resize(snprintf(&expected[0], expected.size(), format.c_str(), width, v));
+        std::string got = U8(dbl(v, precision, forms[form], width, flags));
+        const int pad = width - int(got.size());
+        if (pad > 0)
+            got = (flags & VyLocale::LeftJustify) ? got + std::string(pad, ' ')
+                                                  : std::string(pad, ' ') + got;
+        ASSERT_EQ(got, expected) << format << " " << v;
+    }
+}
+
+TEST(VyLocale, DoubleCasesOutsideC)
+{
+    SymbolsGuard guard;
+    EXPECT_EQ(U8(dbl(1234567.891, 2, VyLocale::FormDecimal, -1, VyLocale::GroupDigits)),
+              "1,234,567.89");
+    EXPECT_EQ(U8(dbl(1.5, -1, VyLocale::FormExponent, -1, 0)), "1.500000e+00");
+    EXPECT_EQ(U8(dbl(-INFINITY, 3, VyLocale::FormDecimal, 10, VyLocale::ZeroPad)), "-inf");
+    EXPECT_EQ(U8(dbl(NAN, 3, VyLocale::FormGeneral, 10, VyLocale::UpperCase | VyLocale::PlusSign)),
+              "+NAN");
+    EXPECT_EQ(U8(dbl(-0.0, 0, VyLocale::FormDecimal, -1, 0)), "-0");
+    EXPECT_EQ(U8(dbl(1e-300, 1, VyLocale::FormExponent, -1, 0)), "1.0e-300");
+    EXPECT_EQ(U8(VyLocale::doubleToString(0x0660, '+', '-', 0x0623, 0x066C, 0x066B, 1234.5, 1,
+                                          VyLocale::FormDecimal, -1, VyLocale::GroupDigits)),
+              "\u0661\u066C\u0662\u0663\u0664\u066B\u0665");
+
+    VyString digits("25");
+    EXPECT_EQ(U8(VyLocale::decimalForm('0', '.', ',', digits, -2, 8, VyLocale::SignificantDigits,
+                                       false, false)),
+              "0.0025000000");
+    digits = VyString("25");
+    EXPECT_EQ(U8(VyLocale::decimalForm('0', '.', ',', digits, 5, 0, VyLocale::TrailingZerosChopped,
+                                       true, true)),
+              "25,000.");
+    digits = VyString("25");
+    EXPECT_EQ(U8(VyLocale::exponentForm('0', '.', 'E', '+', '-', digits, -120, 3,
+                                        VyLocale::DigitsAfterPoint, false)),
+              "2.500E-121");
+}
+
+TEST(VyLocale, DtoaDigitsShortestAndFixed)
+{
+    struct Case {
+        double value;
+        int mode, ndigits;
+        const char* digits;
+        int decpt, sign;
+    } cases[] = {
+        {0.1, 0, 0, "1", 0, 0},
+        {-1234.5, 0, 0, "12345", 4, 1},
+        {0.125, 3, 2, "12", 0, 0},
+        {0.375, 3, 2, "38", 0, 0}, // ties to even
+        {0.0004, 3, 2, "0", 1, 0},
+        {-0.0, 2, 5, "0", 1, 1},
+        {123456, 2, 2, "12", 6, 0},
+        {9.99, 2, 2, "1", 2, 0},
+        {1e23, 0, 0, "1", 24, 0},
+        {5e-324, 0, 0, "5", -323, 0},
+        {INFINITY, 0, 0, "Infinity", 9999, 0},
+        {NAN, 2, 3, "NaN", 9999, 0},
+    };
+    for (const Case& c : cases) {
+        int decpt = -1;
+        int sign = -1;
+        char* end = nullptr;
+        char* digits = vydtoa(c.value, c.mode, c.ndigits, &decpt, &sign, &end);
+        EXPECT_STREQ(digits, c.digits) << c.value;
+        EXPECT_EQ(decpt, c.decpt) << c.value;
+        EXPECT_EQ(sign, c.sign) << c.value;
+        EXPECT_EQ(end, digits + strlen(digits));
+        free(digits);
+    }
+}
+
+TEST(VyLocale, StrtodIsCorrectlyRoundedAndBounded)
+{
+    // glibc's strtod rounds correctly too; compare on random decimal text.
+    std::mt19937_64 rng(3);
+    for (int round = 0; round < 20000; ++round) {
+        std::string text = std::to_string(rng() % 100000000000000000ULL);
+        text.insert(rng() % text.size(), ".");
+        text += "e" + std::to_string(int(rng() % 640) - 330);
+        bool ok;
+        const char* end;
+        const double value = vystrtod(text.c_str(), &end, &ok);
+        const double expected = strtod(text.c_str(), nullptr);
+        if (std::isinf(expected)) {
+            EXPECT_FALSE(ok) << text;
+        } else {
+            ASSERT_EQ(value, expected) << text;
+            ASSERT_TRUE(ok) << text;
+        }
+        EXPECT_EQ(end, text.c_str() + text.size());
+    }
+    bool ok;
+    const char* end;
+    const double tiny = vystrtod("-1e-400", &end, &ok); // rounds to -0
+    EXPECT_TRUE(ok);
+    EXPECT_TRUE(tiny == 0.0 && std::signbit(tiny));
+    EXPECT_EQ(vystrtod("-1e400x", &end, &ok), -HUGE_VAL);
+    EXPECT_FALSE(ok);
+    EXPECT_STREQ(end, "x");
+    EXPECT_TRUE(std::isnan(vystrtod("NaN", &end, &ok)) && ok);
+    EXPECT_EQ(vystrtod("+Infinity", &end, &ok), HUGE_VAL);
+    for (const char* bad : {"", "+-1", ".", "e5", "x1", " 1"}) {
+        EXPECT_EQ(vystrtod(bad, &end, &ok), 0.0);
+        EXPECT_FALSE(ok) << bad;
+        EXPECT_EQ(end, bad);
+    }
+    EXPECT_EQ(vystrtod("0x10", &end, &ok), 0.0); // decimal only: reads the 0
+    EXPECT_STREQ(end, "x10");
+}
+
+TEST(VyLocale, StrtollLimitsBasesAndEnds)
+{
+    bool ok;
+    const char* end;
+    EXPECT_EQ(vystrtoll("-9223372036854775808", &end, 10, &ok), LLONG_MIN);
+    EXPECT_TRUE(ok);
+    EXPECT_EQ(vystrtoll("9223372036854775808", &end, 10, &ok), LLONG_MAX);
+    EXPECT_FALSE(ok);
+    EXPECT_EQ(*end, 0);
+    EXPECT_EQ(vystrtoll("-0x7fZ", &end, 0, &ok), -127);
+    EXPECT_TRUE(ok);
+    EXPECT_STREQ(end, "Z");
+    EXPECT_EQ(vystrtoll("017", &end, 0, &ok), 15);
+    EXPECT_EQ(vystrtoll("0x1F", &end, 16, &ok), 31);
+    EXPECT_EQ(vystrtoll("zz", &end, 36, &ok), 35 * 36 + 35);
+    EXPECT_EQ(vystrtoull("18446744073709551615", &end, 10, &ok), ULLONG_MAX);
+    EXPECT_TRUE(ok);
+    EXPECT_EQ(vystrtoull("18446744073709551616", &end, 10, &ok), ULLONG_MAX);
+    EXPECT_FALSE(ok);
+    for (const char* bad : {"-1", "", "+", "--1", " 1", "0x"}) {
+        vystrtoull(bad, &end, 16, &ok);
+        EXPECT_EQ(std::string(end), bad[0] == '0' ? "x" : bad) << bad;
+    }
+    vystrtoll("12", &end, 37, &ok);
+    EXPECT_FALSE(ok);
+    bool overflow;
+    EXPECT_EQ(VyLocale::bytearrayToLongLong("99999999999999999999", 10, &ok, &overflow), 0);
+    EXPECT_TRUE(!ok && overflow);
+    EXPECT_EQ(VyLocale::bytearrayToLongLong("12a", 10, &ok, &overflow), 0);
+    EXPECT_TRUE(!ok && !overflow);
+    EXPECT_EQ(VyLocale::bytearrayToDouble("1e999", &ok, &overflow), 0.0);
+    EXPECT_TRUE(!ok && overflow);
+    EXPECT_EQ(VyLocale::bytearrayToUnsLongLong("777", 8, &ok), 511u);
+    EXPECT_TRUE(ok);
+}
