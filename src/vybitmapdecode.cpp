@@ -33,6 +33,37 @@ int maskShift(uint32_t mask)
     return shift;
 }
 
+// Stores one output pixel: bytes blue, green, red, alpha. One 32-bit store on little-endian
+// hosts, where the compiler cannot merge the byte stores itself (they may alias the input).
+inline void storePixel(unsigned char* out, uint32_t blue, uint32_t green, uint32_t red,
+                       uint32_t alpha)
+{
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    const uint32_t v = (blue & 0xFF) | (green & 0xFF) << 8 | (red & 0xFF) << 16 | alpha << 24;
+    memcpy(out, &v, 4);
+#else
+    out[0] = uint8_t(blue);
+    out[1] = uint8_t(green);
+    out[2] = uint8_t(red);
+    out[3] = uint8_t(alpha);
+#endif
+}
+
+// Writes `width` pixels of `Bits`-bit indices from `row` as opaque table colours.
+template <int Bits>
+void expandIndexed(const unsigned char* row, int width, const RGBApixel* table, unsigned char* out)
+{
+    constexpr int kPerByte = 8 / Bits;
+    constexpr unsigned kMask = (1u << Bits) - 1;
+    for (int x = 0; x < width; ++row) {
+        const unsigned byte = *row;
+        for (int i = 0; i < kPerByte && x < width; ++i, ++x, out += 4) {
+            memcpy(out, &table[(byte >> (8 - Bits * (i + 1))) & kMask], 4);
+            out[3] = 255;
+        }
+    }
+}
+
 } // namespace
 
 bool VyBitmap::hasWholeRowBytes(int w, int depth)
@@ -192,10 +223,9 @@ void VyBitmap::decode16()
             const size_t got = fread(chunk, 2, size_t(want), stream);
             for (size_t i = 0; i < got; ++i, out += 4) {
                 const uint32_t v = uint32_t(chunk[2 * i]) | uint32_t(chunk[2 * i + 1]) << 8;
-                out[0] = uint8_t(((v & blueMask) >> blueShift) * 8);
-                out[1] = uint8_t(((v & greenMask) >> greenShift) * 8);
-                out[2] = uint8_t(((v & redMask) >> redShift) * 8);
-                out[3] = 255;
+                storePixel(out, ((v & blueMask) >> blueShift) * 8,
+                           ((v & greenMask) >> greenShift) * 8, ((v & redMask) >> redShift) * 8,
+                           255);
             }
             if (got < size_t(want))
                 return;
@@ -226,10 +256,7 @@ bool VyBitmap::read24bitRow(unsigned char* row, int rowBytes, int y)
         return false;
     unsigned char* out = pixels + size_t(y) * size_t(width) * 4;
     for (int x = 0; x < width; ++x, out += 4, row += 3) {
-        out[0] = row[0];
-        out[1] = row[1];
-        out[2] = row[2];
-        out[3] = 255;
+        storePixel(out, row[0], row[1], row[2], 255);
     }
     return true;
 }
@@ -256,16 +283,23 @@ bool VyBitmap::readPaletteRow(unsigned char* row, int rowBytes, int y, int bits)
         return true;
     if (static_cast<long long>(width) * bits > static_cast<long long>(rowBytes) * 8)
         return false;
-    // A table of the image's own depth holds every index this row can carry; other cases go
-    // through getColor, which reports a missing table.
-    const bool direct = colors && hasColorTable(bitDepth) && bits <= bitDepth;
+    unsigned char* out = pixels + size_t(y) * size_t(width) * 4;
+    // A table of the image's own depth holds every index this row can carry.
+    if (colors && hasColorTable(bitDepth) && bits <= bitDepth) {
+        if (bits == 8)
+            expandIndexed<8>(row, width, colors, out);
+        else if (bits == 4)
+            expandIndexed<4>(row, width, colors, out);
+        else
+            expandIndexed<1>(row, width, colors, out);
+        return true;
+    }
+    // Otherwise every pixel goes through getColor, which reports the missing table.
     const int perByte = 8 / bits;
     const unsigned mask = (1u << bits) - 1;
-    unsigned char* out = pixels + size_t(y) * size_t(width) * 4;
     for (int x = 0; x < width; ++x, out += 4) {
         const int shift = 8 - bits * (x % perByte + 1);
-        const int index = int((row[x / perByte] >> shift) & mask);
-        const RGBApixel c = direct ? colors[index] : getColor(index);
+        const RGBApixel c = getColor(int((row[x / perByte] >> shift) & mask));
         out[0] = c.blue;
         out[1] = c.green;
         out[2] = c.red;
