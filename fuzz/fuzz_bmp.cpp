@@ -14,7 +14,7 @@
 
 namespace
 {
-constexpr int64_t kMaxPixels = 1 << 20;
+constexpr int64_t kMaxPixels = 1 << 16;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
