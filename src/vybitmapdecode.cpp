@@ -7,6 +7,7 @@
 #include "vybitmap.h"
 
 #include <new>
+#include <stdint.h>
 #include <string.h>
 
 namespace
@@ -76,8 +77,12 @@ void VyBitmap::decode(unsigned char* buffer)
     if (!buffer)
         return;
     pixels = buffer;
-    // Only an accepted header leaves a stream and a positive size behind.
+    // Only an accepted header leaves a stream and a positive size behind. A size whose bytes
+    // exceed the address space (possible on 32-bit hosts) cannot match any caller's buffer.
     if (!stream || width < 1 || height < 1)
+        return;
+    if (static_cast<unsigned long long>(width) * static_cast<unsigned long long>(height) >
+        SIZE_MAX / 4)
         return;
     if (bitDepth == 16) {
         decode16();

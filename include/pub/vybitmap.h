@@ -93,9 +93,11 @@ public:
     // the standard colour table. Needs a stream.
     bool readHeaderInfo();
     // Decodes the pixel data into `buffer` (width × height × 4 bytes), reading on from the end
-    // of the info header. Does nothing for a null buffer or when no header was accepted. Call
-    // once, right after construction. Depths other than 16 stop at the first short row with
-    // "Could not read proper amount of data."; 16-bit decoding stops silently.
+    // of the info header. Call once, right after construction. Does nothing for a null buffer,
+    // when no header was accepted, or when width × height × 4 exceeds SIZE_MAX (on 32-bit
+    // hosts no buffer can hold such an image). Depths other than 16 stop at the first short row
+    // with "Could not read proper amount of data."; 16-bit decoding stops silently at the first
+    // pixel that is not there. Rows not reached keep what the buffer held.
     // Kept: 16-bit images come out bottom-up (file row 0 at output row 0) while every other depth
     // comes out top-down. Callers of this version flip 16-bit images themselves.
     void decode(unsigned char* buffer);
