@@ -179,6 +179,40 @@ TEST_F(VyFontCacheDeathTest, MissingOrUnopenableFontEndsTheProcess)
                 literal("[GUI-FRAMEWORK]: open font(/no/such.otf) failed !!!\n"));
 }
 
+// Two threads that pass the read-locked lookup before either takes the write lock both render
+// the glyph. The test holds a read lock meanwhile, so both lookups happen and both renders
+// wait; the threads are given time to get there, and the attempt is repeated with another
+// unit should one of them have been late.
+TEST(VyFontCacheConcurrency, SimultaneousMissesRenderTwice_Kept)
+{
+    VyFontCache* cache = VyFontCache::instance();
+    cache->setFontFile(VyString(DEJAVU_SANS));
+    bool twice = false;
+    for (unsigned short code = 'a'; code < 'a' + 5 && !twice; ++code) {
+        GlyphBitmap* got[2] = {};
+        pthread_rwlock_rdlock(&VyFontCache::rwlock);
+        std::thread first([&] { got[0] = VyFontCache::glyph(code, VyFont()); });
+        std::thread second([&] { got[1] = VyFontCache::glyph(code, VyFont()); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        pthread_rwlock_unlock(&VyFontCache::rwlock);
+        first.join();
+        second.join();
+        twice = got[0] != got[1];
+        if (twice) {
+            EXPECT_EQ(got[0]->refCount, 1);
+            EXPECT_EQ(got[1]->refCount, 1);
+            EXPECT_EQ(pixels(got[0]), pixels(got[1]));
+            GlyphBitmap* mapped = cache->fontTable(code, VyFont());
+            EXPECT_TRUE(mapped == got[0] || mapped == got[1]);
+            EXPECT_EQ(cache->usedBytes, 2 * got[0]->width * got[0]->rows);
+        }
+        vyGlyphRelease(got[0]);
+        vyGlyphRelease(got[1]);
+    }
+    EXPECT_TRUE(twice);
+    cache->closeFontFile();
+}
+
 // Fetchers hold batches of glyphs (hits, misses, several sizes and styles) and check them
 // against renders made beforehand, while a purger drops every unheld glyph's pixels.
 TEST(VyFontCacheConcurrency, FetchAndReleaseWhilePurging)

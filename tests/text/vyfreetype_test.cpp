@@ -77,6 +77,35 @@ std::string writeBitmapFont()
     return path;
 }
 
+// DejaVu Sans with every byte of its glyph outlines ('glyf' table) set to 0xFF: loading any
+// glyph with an outline fails.
+std::string writeBrokenOutlineFont()
+{
+    FILE* in = fopen(DEJAVU_SANS, "rb");
+    std::string font;
+    char chunk[65536];
+    for (size_t n; (n = fread(chunk, 1, sizeof chunk, in)) > 0;)
+        font.append(chunk, n);
+    fclose(in);
+    auto word = [&font](size_t at, int bytes) {
+        unsigned v = 0;
+        for (int i = 0; i < bytes; ++i)
+            v = v << 8 | static_cast<unsigned char>(font[at + i]);
+        return v;
+    };
+    for (unsigned i = 0, tables = word(4, 2); i < tables; ++i) {
+        const size_t record = 12 + 16 * i;
+        if (font.compare(record, 4, "glyf") == 0)
+            font.replace(word(record + 8, 4), word(record + 12, 4),
+                         std::string(word(record + 12, 4), '\xFF'));
+    }
+    const std::string path = ::testing::TempDir() + "vy_broken_outlines.ttf";
+    FILE* out = fopen(path.c_str(), "wb");
+    fwrite(font.data(), 1, font.size(), out);
+    fclose(out);
+    return path;
+}
+
 } // namespace
 
 TEST_F(VyFreetypeTest, NewObjectAndSetTextFontCrossStyleBits_Kept)
@@ -207,6 +236,20 @@ TEST_F(VyFreetypeTest, BitmapFaceIgnoresEmboldenAndSlant)
         EXPECT_EQ(styled.width, plain.width);
         EXPECT_EQ(pixels(&styled), pixels(&plain));
     }
+    remove(path.c_str());
+}
+
+TEST_F(VyFreetypeTest, LoadFailureIsPrintedAndTheGlyphFinishedEmpty_Kept)
+{
+    const std::string path = writeBrokenOutlineFont();
+    open(path.c_str());
+    testing::internal::CaptureStdout();
+    const GlyphBitmap& broken = render('A', VyFont(16, false, false, false, false));
+    const std::string out = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(out.rfind("FT_Load_Char eroor!\n", 0), 0u) << out;
+    EXPECT_EQ(broken.width * broken.rows, 0);
+    EXPECT_EQ(broken.unicode, 'A');
+    EXPECT_EQ(broken.descent, broken.rows - broken.top);
     remove(path.c_str());
 }
 
