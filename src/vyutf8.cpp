@@ -42,10 +42,14 @@ int VyString::utf8ToUcs2(VyUcs2* dst, const char* src, int len)
 
     VyUcs2* out = dst;
     int i = 0;
-    while (i < end) {
+    // A sequence that starts more than two bytes before `len` has its trailing bytes inside
+    // the input, so this loop reads them unchecked; the last bytes go through the checked loop
+    // below.
+    const int fastEnd = end < len - 2 ? end : len - 2;
+    while (i < fastEnd) {
         const unsigned b = s[i];
         if (b < 0x80) {
-            if (end - i >= 8) {
+            if (fastEnd - i >= 8) {
                 uint64_t word;
                 memcpy(&word, s + i, 8);
                 if (!(word & 0x8080808080808080ull)) {
@@ -56,6 +60,21 @@ int VyString::utf8ToUcs2(VyUcs2* dst, const char* src, int len)
                     continue;
                 }
             }
+            *out++ = VyUcs2(b);
+            ++i;
+        } else if ((b & 0xE0) == 0xC0) {
+            *out++ = VyUcs2(((b & 0x1F) << 6) | (s[i + 1] & 0x3F));
+            i += 2;
+        } else if ((b & 0xF0) == 0xE0) {
+            *out++ = VyUcs2(((b & 0x0F) << 12) | ((s[i + 1] & 0x3F) << 6) | (s[i + 2] & 0x3F));
+            i += 3;
+        } else {
+            ++i;
+        }
+    }
+    while (i < end) {
+        const unsigned b = s[i];
+        if (b < 0x80) {
             *out++ = VyUcs2(b);
             ++i;
         } else if ((b & 0xE0) == 0xC0) {
