@@ -5,8 +5,10 @@
 // Input layout:
 //     byte 0      operation
 //     byte 1      flags: 1 case-sensitive, 2 DropEmpty, 4 repeat the haystack to 600+
-//                 units, 8 the raw-array replace / the Boyer-Moore function, 16 an empty
-//                 haystack is the shared empty string, 32 / 64 `a` / `b` take an extreme value
+//                 units, 8 the alternative form of the operation (raw-array replace,
+//                 Boyer-Moore function, unit form, private string), 16 an empty haystack is
+//                 the shared empty string, 32 / 64 `a` / `b` take an extreme value, 128 an
+//                 empty haystack or needle has a buffer
 //     bytes 2, 3  `a`, `b`: signed positions, lengths and `from` arguments
 //     bytes 4, 5  needle length % 18, replacement length % 10
 //     the rest    units: a byte below 0xE0 picks one of a small alphabet (letters with case
@@ -232,6 +234,57 @@ Units modelReplaceUnits(Units h, char16_t before, char16_t after, bool sensitive
     return h;
 }
 
+// remove(VyUcs2) and replace(VyUcs2, const VyString&): every matching unit, one pass.
+Units modelReplaceUnitBy(const Units& h, char16_t before, const Units& after, bool sensitive)
+{
+    Units out;
+    for (size_t i = 0; i < h.size(); ++i) {
+        if (matchAt(h, i, Units(1, before), sensitive, false))
+            out += after;
+        else
+            out += h[i];
+    }
+    return out;
+}
+
+// startsWith / endsWith: a string without a buffer starts only with another one without; an
+// empty one with a buffer only with an empty one.
+bool modelEdgeMatch(const Units& h, bool hBuffer, const Units& n, bool nBuffer, bool sensitive,
+                    bool atEnd)
+{
+    if (!hBuffer)
+        return !nBuffer;
+    if (h.empty())
+        return n.empty();
+    if (n.size() > h.size())
+        return false;
+    return matchAt(h, atEnd ? h.size() - n.size() : 0, n, sensitive, true);
+}
+
+// toLower / toUpper: each unit plus the difference of its record (paired like folding), except
+// where the record flags a longer full mapping. Also reports whether any unit has a non-zero
+// difference or the flag, which is when the result has a block of its own.
+Units modelMapCase(const Units& h, bool lower, bool* touched)
+{
+    Units out = h;
+    *touched = false;
+    for (size_t i = 0; i < h.size(); ++i) {
+        unsigned lookup = h[i];
+        if ((lookup & 0xFC00) == 0xDC00 && i > 0 && (h[i - 1] & 0xFC00) == 0xD800)
+            lookup = ((unsigned(h[i - 1]) - 0xD800) << 10 | (lookup - 0xDC00)) + 0x10000;
+        const VyUnicodeTables::Properties* p =
+            VyUnicodeTables::properties(static_cast<unsigned short>(lookup & 0xFFFF));
+        const int diff = lower ? p->lowerCaseDiff : p->upperCaseDiff;
+        const bool special = p->flags & (lower ? VyUnicodeTables::LowerCaseSpecial
+                                               : VyUnicodeTables::UpperCaseSpecial);
+        if (diff != 0 || special)
+            *touched = true;
+        if (!special)
+            out[i] = char16_t((h[i] + diff) & 0xFFFF);
+    }
+    return out;
+}
+
 // Whether replace ends. The string form removes for an empty `after` and replaces unit for
 // unit for one unit each. Otherwise the loop ends unless a replacement can be found again where
 // it went: inserted text that holds `before` is, and an empty `before` is found at once. In the
@@ -347,13 +400,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
             hay += hay;
     }
 
-    const VyString s = hay.empty() && (flags & 16) ? VyString() : toVy(hay);
-    const VyString n = toVy(needle);
+    // Empty strings come in three kinds: the shared empty string, a block without a buffer
+    // (toVy) and a buffer holding only the terminator (VyString("")).
+    const VyString s = !hay.empty()  ? toVy(hay)
+                       : flags & 128 ? VyString("")
+                       : flags & 16  ? VyString()
+                                     : toVy(hay);
+    const VyString n = needle.empty() && (flags & 128) ? VyString("") : toVy(needle);
     const VyString r = toVy(repl);
     const int l = int(hay.size());
     VyString m(s); // the copy that mutators change; `s` must keep its text
 
-    switch (op % 16) {
+    switch (op % 20) {
     case 0: // substring search, both functions
         if (alternate) {
             FUZZ_CHECK(vyFindStringBoyerMoore(s.unicode(), l, a, n.unicode(), n.size(), cs) ==
@@ -382,6 +440,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         while ((i = modelFind(hay, i + 1, needle, sensitive)) != -1)
             ++expected;
         FUZZ_CHECK(s.count(n, cs) == expected);
+        if (!needle.empty()) {
+            int units = 0;
+            for (size_t j = 0; j < hay.size(); ++j)
+                units += matchAt(hay, j, needle.substr(0, 1), sensitive, false);
+            FUZZ_CHECK(s.count(VyUcs2(needle[0]), cs) == units);
+        }
         break;
     }
     case 4: { // substring replace
@@ -415,8 +479,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         }
         break;
     case 6:
-        m.remove(n, cs);
-        checkEqual(m, modelRemove(hay, needle, sensitive));
+        if (alternate && !needle.empty()) {
+            m.remove(VyUcs2(needle[0]), cs);
+            checkEqual(m, modelReplaceUnitBy(hay, needle[0], Units(), sensitive));
+        } else {
+            m.remove(n, cs);
+            checkEqual(m, modelRemove(hay, needle, sensitive));
+        }
         break;
     case 7: {
         m.remove(a, b);
@@ -472,19 +541,29 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
             FUZZ_CHECK(m.d == before);
         break;
     }
-    case 13: // the edits with this string itself as the argument
+    case 13: // this string itself as the argument, shared or (alternate) private
+        if (alternate)
+            m.detach();
         m.insert(a, m);
         {
             const size_t pos = a < 0 ? 0 : a > l ? size_t(l) : size_t(a);
             checkEqual(m, Units(hay).insert(pos, hay));
         }
         break;
-    case 14: {
-        m.append(r).prepend(n);
-        checkEqual(m, needle + hay + repl);
+    case 14:
+        if (alternate && !needle.empty()) {
+            const char16_t c = needle[0];
+            m.insert(a, VyUcs2(c)).prepend(VyUcs2(c));
+            const size_t pos = a < 0 ? 0 : a > l ? size_t(l) : size_t(a);
+            checkEqual(m, c + Units(hay).insert(pos, 1, c));
+        } else {
+            m.append(r).prepend(n);
+            checkEqual(m, needle + hay + repl);
+        }
         break;
-    }
-    default:
+    case 15:
+        if (alternate)
+            m.detach();
         m.replace(a, b, m);
         {
             Index pos = a;
@@ -495,6 +574,60 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
             checkEqual(m, expected);
         }
         break;
+    case 16: // unit replacements
+        if (needle.empty())
+            break;
+        if (alternate && !repl.empty()) {
+            m.replace(VyUcs2(needle[0]), VyUcs2(repl[0]), cs);
+            checkEqual(m, modelReplaceUnitBy(hay, needle[0], repl.substr(0, 1), sensitive));
+        } else {
+            m.replace(VyUcs2(needle[0]), r, cs);
+            checkEqual(m, modelReplaceUnitBy(hay, needle[0], repl, sensitive));
+        }
+        break;
+    case 17: {
+        const bool hBuffer = s.unicode() != nullptr;
+        const bool nBuffer = n.unicode() != nullptr;
+        FUZZ_CHECK(s.startsWith(n, cs) ==
+                   modelEdgeMatch(hay, hBuffer, needle, nBuffer, sensitive, false));
+        FUZZ_CHECK(s.endsWith(n, cs) ==
+                   modelEdgeMatch(hay, hBuffer, needle, nBuffer, sensitive, true));
+        if (!needle.empty()) {
+            const Units first = needle.substr(0, 1);
+            FUZZ_CHECK(s.startsWith(VyUcs2(needle[0]), cs) ==
+                       (!hay.empty() && matchAt(hay, 0, first, sensitive, false)));
+            FUZZ_CHECK(s.endsWith(VyUcs2(needle[0]), cs) ==
+                       (!hay.empty() && matchAt(hay, hay.size() - 1, first, sensitive, false)));
+        }
+        break;
+    }
+    case 18: {
+        bool touched = false;
+        const VyString lower = s.toLower();
+        checkEqual(lower, modelMapCase(hay, true, &touched));
+        FUZZ_CHECK((lower.d == s.d) == !touched);
+        const VyString upper = s.toUpper();
+        checkEqual(upper, modelMapCase(hay, false, &touched));
+        FUZZ_CHECK((upper.d == s.d) == !touched);
+        break;
+    }
+    default: {
+        // The raw substring replace with both arguments inside the private buffer it changes.
+        if (l == 0)
+            break;
+        m.detach();
+        const int p = ((a % (l + 1)) + l + 1) % (l + 1);
+        const int q = ((b % (l + 1)) + l + 1) % (l + 1);
+        const int k = std::min(int(nl), l - p);
+        const int j = std::min(int(rl), l - q);
+        const Units before = hay.substr(size_t(p), size_t(k));
+        const Units after = hay.substr(size_t(q), size_t(j));
+        if (!replaceEnds(hay, before, after, sensitive, true))
+            return 0;
+        m.replace(m.unicode() + p, k, m.unicode() + q, j, cs);
+        checkEqual(m, modelReplace(hay, before, after, sensitive));
+        break;
+    }
     }
     checkEqual(s, hay);
     return 0;
