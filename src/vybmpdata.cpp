@@ -1,6 +1,8 @@
 // BmpData: the BMP writer and the coverage text dump.
 #include "vybmpdata.h"
 
+#include "vyfont.h"
+
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -94,11 +96,23 @@ int BmpData::SaveImage(const char* path, Image* image)
 
     const unsigned char zeros[4] = {0, 0, 0, 0};
     for (int y = image->height - 1; y >= 0; --y) {
-        fwrite(image->data + size_t(y) * rowBytes, 1, rowBytes, file);
+        if (rowBytes)
+            fwrite(image->data + size_t(y) * rowBytes, 1, rowBytes, file);
         if (r)
             fwrite(zeros, 1, 4 - r, file);
     }
     return fclose(file);
+}
+
+int BmpData::SaveImage(const char* path, GlyphBitmap* glyph)
+{
+    Image image{glyph->width, glyph->rows, 1, glyph->buffer};
+    return SaveImage(path, &image);
+}
+
+void BmpData::showImageDate(GlyphBitmap* glyph)
+{
+    vyShowCoverage(glyph->rows, glyph->width, glyph->buffer);
 }
 
 void vyShowCoverage(int rows, int width, const unsigned char* buffer)

@@ -1,10 +1,13 @@
-// BmpData: writes a raw 8-bit or 24-bit image to a BMP file and prints glyph coverage as text,
-// to inspect what the rasteriser produced. A debugging aid: nothing in the library calls it.
+// BmpData: writes a raw 8-bit or 24-bit image or a glyph's coverage to a BMP file and prints
+// glyph coverage as text, to inspect what the rasteriser produced. A debugging aid: nothing in the
+// library calls it.
 //
 // The class has no state. Files are written with stdio; write errors are not checked. Any
 // thread may use it; two threads writing the same path race as two fopen calls would.
 #ifndef VYBMPDATA_H
 #define VYBMPDATA_H
+
+struct GlyphBitmap;
 
 // A raw image handed to the writer. Not owned: `data` stays the caller's.
 struct Image {
@@ -26,6 +29,14 @@ public:
     // they stand in `data`. For other channel counts the file holds only the two bytes "BM".
     // Returns fclose's result, or 0 when the file cannot be created.
     int SaveImage(const char* path, Image* image);
+    // Saves a glyph's coverage as an 8-bit image of `width` × `rows` (see above). The glyph must
+    // still have its pixels unless it has none.
+    // Kept: rows are read `width` bytes apart, not `pitch`; a glyph whose pitch is wider shows
+    // sheared. The rasteriser's 8-bit bitmaps have pitch = width, which is what this dump was
+    // made for.
+    int SaveImage(const char* path, GlyphBitmap* glyph);
+    // Prints the glyph's coverage as text, as vyShowCoverage(rows, width, buffer) below.
+    void showImageDate(GlyphBitmap* glyph);
 };
 
 // Prints a coverage bitmap of `rows` rows of `width` bytes as text: the line

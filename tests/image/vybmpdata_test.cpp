@@ -1,6 +1,7 @@
 #include "vybmpdata.h"
 
 #include "vybitmap.h"
+#include "vyfont.h"
 
 #include <gtest/gtest.h>
 
@@ -161,4 +162,29 @@ TEST(BmpDataShowTest, CoverageAsText)
     EXPECT_EQ(coverageText(0, 5, glyph), "\nrow = 0, col = 5 \n");
     EXPECT_EQ(coverageText(2, 0, glyph), "\nrow = 2, col = 0 \n\n\n");
     EXPECT_EQ(coverageText(3, 3, nullptr), "\nrow = 3, col = 3 \n");
+}
+
+// Glyph rows are taken `width` bytes apart; the wider pitch is ignored.
+TEST(BmpDataGlyphTest, RowsAreWidthApart_Kept)
+{
+    unsigned char coverage[] = {1, 2, 3, 4, 5, 6, 7, 8};
+    GlyphBitmap glyph{};
+    glyph.width = 3;
+    glyph.rows = 2;
+    glyph.pitch = 4;
+    glyph.buffer = coverage;
+    const std::string path = tempPath();
+    EXPECT_EQ(BmpData().SaveImage(path.c_str(), &glyph), 0);
+    const std::string file = readFile(path);
+    remove(path.c_str());
+    EXPECT_EQ(le(file, 18, 4), 4u); // the padded width
+    EXPECT_EQ(file.substr(1078), std::string("\4\5\6\0\1\2\3\0", 8));
+
+    testing::internal::CaptureStdout();
+    BmpData().showImageDate(&glyph);
+    glyph.rows = 0;
+    BmpData().showImageDate(&glyph);
+    fflush(stdout);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "\nrow = 2, col = 3 \n111\n111\n\nrow = 0, col = 3 \n");
 }
