@@ -1,9 +1,13 @@
-// VyLocale: number to text. Integers in bases 2 to 36 and doubles in the exponent, decimal and
-// general layouts, built in a unit buffer on the stack and handed over as one string.
+// Number to text: VyLocale's integers in bases 2 to 36 and doubles in the exponent, decimal and
+// general layouts, built in a unit buffer on the stack and handed over as one string; and the
+// decimal digits of doubles (vydtoa) on top of std::to_chars, which is exact and never
+// consults the C library's locale.
 #include "vylocale.h"
 
+#include <charconv>
 #include <math.h>
 #include <new>
+#include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -27,7 +31,19 @@ public:
     int size() const { return size_; }
     VyUcs2 operator[](int i) const { return p_[i]; }
 
-    void append(VyUcs2 u, long long count = 1) { insert(size_, u, count); }
+    void append(VyUcs2 u)
+    {
+        if (size_ == capacity_)
+            reserve(size_ + 1);
+        p_[size_++] = u;
+    }
+    void append(VyUcs2 u, long long count) { insert(size_, u, count); }
+    void append(const VyUcs2* u, int n)
+    {
+        reserve((long long)size_ + n);
+        memcpy(p_ + size_, u, size_t(n) * sizeof(VyUcs2));
+        size_ += n;
+    }
     void append(const char* ascii)
     {
         while (*ascii)
@@ -39,7 +55,8 @@ public:
         if (count <= 0)
             return;
         reserve(size_ + count);
-        memmove(p_ + pos + count, p_ + pos, size_t(size_ - pos) * sizeof(VyUcs2));
+        if (pos < size_)
+            memmove(p_ + pos + count, p_ + pos, size_t(size_ - pos) * sizeof(VyUcs2));
         for (VyUcs2 *q = p_ + pos, *e = q + count; q != e; ++q)
             *q = u;
         size_ += int(count);
@@ -103,6 +120,46 @@ void appendSign(Units& t, bool negative, VyUcs2 plus, VyUcs2 minus, unsigned fla
         t.insert(0, ' ');
 }
 
+// The digits of `v` in `base`, most significant first, written backwards so that they end at
+// `end`; returns where they start. Constant divisors for the common bases, and 32-bit
+// arithmetic once the value fits (64-bit division is a library call on 32-bit ARM).
+VyUcs2* writeDigits(VyUcs2* end, unsigned long long v, int base)
+{
+    static const char digitChars[] = "0123456789abcdefghijklmnopqrstuvwxyz";
+    VyUcs2* p = end;
+    switch (base) {
+    case 10:
+        while (v > 0xFFFFFFFFu) {
+            *--p = VyUcs2('0' + v % 10);
+            v /= 10;
+        }
+        for (uint32_t w = uint32_t(v);;) {
+            *--p = VyUcs2('0' + w % 10);
+            w /= 10;
+            if (!w)
+                break;
+        }
+        break;
+    case 16:
+    case 8:
+    case 2: {
+        const int shift = base == 16 ? 4 : base == 8 ? 3 : 1;
+        do {
+            *--p = VyUcs2(digitChars[v & unsigned(base - 1)]);
+            v >>= shift;
+        } while (v);
+        break;
+    }
+    default:
+        do {
+            *--p = VyUcs2(digitChars[v % unsigned(base)]);
+            v /= unsigned(base);
+        } while (v);
+        break;
+    }
+    return p;
+}
+
 VyString formatInteger(VyUcs2 zero, VyUcs2 group, VyUcs2 plus, VyUcs2 minus, bool negative,
                        unsigned long long magnitude, int precision, int base, int width,
                        unsigned flags)
@@ -117,20 +174,23 @@ VyString formatInteger(VyUcs2 zero, VyUcs2 group, VyUcs2 plus, VyUcs2 minus, boo
     const bool alternate = flags & (VyLocale::AlternateForm | VyLocale::ShowBase);
     const bool prefixed = alternate && (base == 16 || base == 2);
 
-    char digits[64];
-    int n = 0;
-    do {
-        const int d = int(magnitude % unsigned(base));
-        digits[n++] = char(d < 10 ? '0' + d : 'a' + d - 10);
-        magnitude /= unsigned(base);
-    } while (magnitude);
+    VyUcs2 buffer[72];
+    VyUcs2* const end = buffer + 72;
+    VyUcs2* digits = writeDigits(end, magnitude, base);
+    const bool localDigits = base == 10 && zero != '0';
+    if (localDigits) {
+        for (VyUcs2* p = digits; p != end; ++p)
+            *p = VyUcs2(zero + (*p - '0'));
+    }
+    // number() and most other calls: the digits and perhaps a minus sign.
+    if (flags == 0 && defaultPrecision) {
+        if (negative)
+            *--digits = minus;
+        return VyString(digits, int(end - digits));
+    }
 
     Units t;
-    const bool localDigits = base == 10 && zero != '0';
-    while (n > 0) {
-        const char c = digits[--n];
-        t.append(localDigits ? VyUcs2(zero + (c - '0')) : VyUcs2(c));
-    }
+    t.append(digits, int(end - digits));
     if (base == 10 && (flags & VyLocale::GroupDigits)) {
         for (int i = t.size() - 3; i > 0; i -= 3)
             t.insert(i, group);
@@ -214,13 +274,103 @@ void exponentLayout(Units& t, VyUcs2 zero, VyUcs2 decimal, VyUcs2 exponential, V
         t.append(VyUcs2(zero + (digits[--n] - '0')));
 }
 
-void appendDigits(Units& t, const char* digits, VyUcs2 zero)
+// Room for the digits of any mode: fixed notation of the largest double with 1100 places
+// needs 309 + 1 + 1100 bytes.
+constexpr int kDigitRoom = 1501;
+
+// The digits vydtoa returns, for a finite non-negative `d`, into `out` (kDigitRoom bytes) with
+// a terminating 0; returns their count.
+int decimalDigits(double d, int mode, int ndigits, char* out, int* decpt)
 {
-    for (; *digits; ++digits)
-        t.append(VyUcs2(zero + (*digits - '0')));
+    if (mode != 2 && mode != 3)
+        mode = 0;
+    if (ndigits < 0)
+        ndigits = 0;
+    // Beyond these counts every further digit is a zero: a double's exact decimal expansion
+    // ends within 1074 places after the point and holds at most 767 significant digits.
+    if (mode == 3 && ndigits > 1100)
+        ndigits = 1100;
+    if (mode == 2 && ndigits > 800)
+        ndigits = 800;
+    char buffer[kDigitRoom];
+    char* const limit = buffer + kDigitRoom;
+    std::to_chars_result r;
+    if (mode == 0)
+        r = std::to_chars(buffer, limit, d, std::chars_format::scientific);
+    else if (mode == 2)
+        r = std::to_chars(buffer, limit, d, std::chars_format::scientific,
+                          ndigits > 0 ? ndigits - 1 : 0);
+    else
+        r = std::to_chars(buffer, limit, d, std::chars_format::fixed, ndigits);
+    const char* const end = r.ptr;
+
+    // Collect the digits without the point, noting how many stood before it.
+    int n = 0;
+    int beforePoint = -1;
+    const char* p = buffer;
+    for (; p != end && *p != 'e'; ++p) {
+        if (*p == '.')
+            beforePoint = n;
+        else
+            out[n++] = *p;
+    }
+    if (beforePoint < 0)
+        beforePoint = n;
+    int exponent = 0;
+    if (p != end) { // scientific: "d.ddde+XX"
+        for (const char* q = p + 2; q != end; ++q)
+            exponent = exponent * 10 + (*q - '0');
+        if (p[1] == '-')
+            exponent = -exponent;
+        beforePoint = 1;
+    }
+    int first = 0;
+    while (first < n - 1 && out[first] == '0')
+        ++first;
+    int last = n;
+    while (last > first + 1 && out[last - 1] == '0')
+        --last;
+    if (last - first == 1 && out[first] == '0') {
+        *decpt = 1;
+        out[0] = '0';
+        out[1] = 0;
+        return 1;
+    }
+    *decpt = beforePoint - first + exponent;
+    n = last - first;
+    memmove(out, out + first, size_t(n));
+    out[n] = 0;
+    return n;
+}
+
+void appendDigits(Units& t, const char* digits, int n, VyUcs2 zero)
+{
+    for (int i = 0; i < n; ++i)
+        t.append(VyUcs2(zero + (digits[i] - '0')));
 }
 
 } // namespace
+
+char* vydtoa(double d, int mode, int ndigits, int* decpt, int* sign, char** rve)
+{
+    *sign = signbit(d) ? 1 : 0;
+    char digits[kDigitRoom];
+    int n;
+    if (isinf(d) || isnan(d)) {
+        *decpt = 9999;
+        n = isinf(d) ? 8 : 3;
+        memcpy(digits, isinf(d) ? "Infinity" : "NaN", size_t(n) + 1);
+    } else {
+        n = decimalDigits(fabs(d), mode, ndigits, digits, decpt);
+    }
+    char* out = static_cast<char*>(malloc(size_t(n) + 1));
+    if (!out)
+        throw std::bad_alloc();
+    memcpy(out, digits, size_t(n) + 1);
+    if (rve)
+        *rve = out + n;
+    return out;
+}
 
 VyString VyLocale::longLongToString(VyUcs2 zero, VyUcs2 group, VyUcs2 plus, VyUcs2 minus,
                                     long long value, int precision, int base, int width,
@@ -258,13 +408,11 @@ VyString VyLocale::doubleToString(VyUcs2 zero, VyUcs2 plus, VyUcs2 minus, VyUcs2
         t.append("nan");
     } else {
         int decpt;
-        int sign;
         const int mode = form == FormDecimal ? 3 : 2;
         const int ndigits = form == FormExponent ? precision + 1 : precision;
-        char* digits = vydtoa(value, mode, ndigits, &decpt, &sign, nullptr);
-        appendDigits(t, digits, zero);
-        free(digits);
-        negative = sign != 0;
+        char digits[kDigitRoom];
+        appendDigits(t, digits, decimalDigits(fabs(value), mode, ndigits, digits, &decpt), zero);
+        negative = signbit(value);
 
         const bool alternate = flags & AlternateForm;
         if (form == FormDecimal) {

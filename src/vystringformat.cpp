@@ -16,6 +16,7 @@
 #include <stdio.h>
 #include <string.h>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace
@@ -369,42 +370,43 @@ VyString VyString::number(unsigned long n, int base)
     return number((unsigned long long)n, base);
 }
 
+// number: the text setNum would assign, returned as it is made (a string that starts empty and
+// takes the text by setNum would only add two reference count changes).
 VyString VyString::number(long long n, int base)
 {
-    VyString s;
-    s.setNum(n, base);
-    return s;
+    return formatSigned(n, -1, base, -1, VyLocale::NoFlags);
 }
 
 VyString VyString::number(unsigned long long n, int base)
 {
-    VyString s;
-    s.setNum(n, base);
-    return s;
+    return formatUnsigned(n, -1, base, -1, VyLocale::NoFlags);
 }
 
 VyString VyString::number(double n, char format, int precision)
 {
-    VyString s;
-    s.setNum(n, format, precision);
-    return s;
+    return formatDouble(n, format, precision, -1, VyLocale::NoFlags);
 }
 
+// setNum: the new text's block is swapped in and the old one released with the temporary,
+// which is assignment without the extra reference count changes.
 VyString& VyString::setNum(long long n, int base)
 {
-    *this = formatSigned(n, -1, base, -1, VyLocale::NoFlags);
+    VyString text = formatSigned(n, -1, base, -1, VyLocale::NoFlags);
+    std::swap(d, text.d);
     return *this;
 }
 
 VyString& VyString::setNum(unsigned long long n, int base)
 {
-    *this = formatUnsigned(n, -1, base, -1, VyLocale::NoFlags);
+    VyString text = formatUnsigned(n, -1, base, -1, VyLocale::NoFlags);
+    std::swap(d, text.d);
     return *this;
 }
 
 VyString& VyString::setNum(double n, char format, int precision)
 {
-    *this = formatDouble(n, format, precision, -1, VyLocale::NoFlags);
+    VyString text = formatDouble(n, format, precision, -1, VyLocale::NoFlags);
+    std::swap(d, text.d);
     return *this;
 }
 

@@ -1,13 +1,11 @@
-// The byte-level number conversions of the C locale: integer parsing in any base, and the
-// decimal digits of doubles in both directions on top of std::to_chars / std::from_chars, which
-// are exact and never consult the C library's locale.
+// The byte-level number readers of the C locale: integers in any base, and decimal text to
+// double on top of std::from_chars, which rounds correctly and never consults the C library's
+// locale.
 #include "vylocale.h"
 
 #include <charconv>
 #include <limits.h>
 #include <math.h>
-#include <new>
-#include <stdlib.h>
 #include <string.h>
 #include <system_error>
 
@@ -18,10 +16,9 @@ int digitOf(char c)
 {
     if (c >= '0' && c <= '9')
         return c - '0';
-    if (c >= 'a' && c <= 'z')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'Z')
-        return c - 'A' + 10;
+    const char lower = char(c | 0x20);
+    if (lower >= 'a' && lower <= 'z')
+        return lower - 'a' + 10;
     return 99;
 }
 
@@ -44,32 +41,21 @@ bool readMagnitude(const char* p, int base, unsigned long long* value, bool* ove
         base = p[0] == '0' ? 8 : 10;
     }
     const unsigned long long ubase = unsigned(base);
-    const unsigned long long limit = ULLONG_MAX / ubase;
     unsigned long long v = 0;
     const char* q = digits;
     for (int digit; (digit = digitOf(*q)) < base; ++q) {
-        if (v > limit || v * ubase > ULLONG_MAX - unsigned(digit))
+        unsigned long long next;
+        if (__builtin_mul_overflow(v, ubase, &next) ||
+            __builtin_add_overflow(next, unsigned(digit), &next))
             *overflow = true;
         else
-            v = v * ubase + unsigned(digit);
+            v = next;
     }
     if (q == digits)
         return false;
     *value = *overflow ? ULLONG_MAX : v;
     *end = q;
     return true;
-}
-
-char* copyDigits(const char* digits, int n, char** rve)
-{
-    char* out = static_cast<char*>(malloc(size_t(n) + 1));
-    if (!out)
-        throw std::bad_alloc();
-    memcpy(out, digits, size_t(n));
-    out[n] = 0;
-    if (rve)
-        *rve = out + n;
-    return out;
 }
 
 // The decimal exponent of the first significant digit of a decimal literal, saturated; used
@@ -197,67 +183,4 @@ double vystrtod(const char* s, const char** end, bool* ok)
     if (ok)
         *ok = good;
     return negative ? -value : value;
-}
-
-char* vydtoa(double d, int mode, int ndigits, int* decpt, int* sign, char** rve)
-{
-    *sign = signbit(d) ? 1 : 0;
-    if (isinf(d) || isnan(d)) {
-        *decpt = 9999;
-        return isinf(d) ? copyDigits("Infinity", 8, rve) : copyDigits("NaN", 3, rve);
-    }
-    d = fabs(d);
-    if (mode != 2 && mode != 3)
-        mode = 0;
-    if (ndigits < 0)
-        ndigits = 0;
-    // Beyond these counts every further digit is a zero: a double's exact decimal expansion
-    // ends within 1074 places after the point and holds at most 767 significant digits.
-    if (mode == 3 && ndigits > 1100)
-        ndigits = 1100;
-    if (mode == 2 && ndigits > 800)
-        ndigits = 800;
-    // Fixed notation of the largest double with 1100 places needs 309 + 1 + 1100 bytes.
-    char buffer[1501];
-    std::to_chars_result r;
-    if (mode == 0)
-        r = std::to_chars(buffer, buffer + sizeof buffer - 1, d, std::chars_format::scientific);
-    else if (mode == 2)
-        r = std::to_chars(buffer, buffer + sizeof buffer - 1, d, std::chars_format::scientific,
-                          ndigits > 0 ? ndigits - 1 : 0);
-    else
-        r = std::to_chars(buffer, buffer + sizeof buffer - 1, d, std::chars_format::fixed, ndigits);
-    char* const end = r.ptr;
-    *end = 0;
-
-    // Collect the digits without the point, noting how many stood before it.
-    char digits[1500];
-    int n = 0;
-    int beforePoint = -1;
-    char* p = buffer;
-    for (; p != end && *p != 'e'; ++p) {
-        if (*p == '.')
-            beforePoint = n;
-        else
-            digits[n++] = *p;
-    }
-    if (beforePoint < 0)
-        beforePoint = n;
-    int exponent = 0;
-    if (p != end) { // scientific: "d.ddde+XX"
-        exponent = int(strtol(p + 1, nullptr, 10));
-        beforePoint = 1;
-    }
-    int first = 0;
-    while (first < n - 1 && digits[first] == '0')
-        ++first;
-    int last = n;
-    while (last > first + 1 && digits[last - 1] == '0')
-        --last;
-    if (last - first == 1 && digits[first] == '0') {
-        *decpt = 1;
-        return copyDigits("0", 1, rve);
-    }
-    *decpt = beforePoint - first + exponent;
-    return copyDigits(digits + first, last - first, rve);
 }
