@@ -1,0 +1,140 @@
+// Arabic shaping and the entry points of both scripts: the join tests, the form choice, the
+// order of the shaping rules, and the work copy the reordering reads from.
+#include "vyshaping.h"
+
+#include "vyshapingprivate.h"
+
+#include <algorithm>
+#include <iterator>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+void* (*vyShapingAllocate)(size_t bytes) = malloc;
+
+namespace
+{
+
+template <bool (*inClass)(unsigned short)> bool includes(const unsigned short* s, int n)
+{
+    if (!s)
+        return false;
+    for (int i = 0; i < n; ++i)
+        if (inClass(s[i]))
+            return true;
+    return false;
+}
+
+// The text's `n` units followed by a 0 unit, or null after printing the failure message. A
+// negative `n` counts as 0.
+unsigned short* workCopy(const unsigned short* s, int n)
+{
+    n = std::max(n, 0);
+    auto* copy = static_cast<unsigned short*>(vyShapingAllocate((size_t(n) + 1) * sizeof(*s)));
+    if (!copy) {
+        puts("Malloc unicode failed.");
+        return nullptr;
+    }
+    memcpy(copy, s, size_t(n) * sizeof(*s));
+    copy[n] = 0;
+    return copy;
+}
+
+// The shaped form of `cur` between `prev` and `next`, all three from the unshaped text.
+unsigned short shapeUnit(unsigned short prev, unsigned short cur, unsigned short next)
+{
+    if (!vyIsArabicUnit(cur))
+        return cur;
+    // Kept: the alef after a lam is neither removed nor skipped. The lam's unit takes the
+    // ligature and the alef is shaped on its own at the next index, as a final form since lam
+    // joins forward. The text keeps its length, so every glyph stays at the index of its unit,
+    // which the layout's line breaks and cursor positions count by.
+    int form = lamAlefRule(prev, cur, next);
+    if (form < 0)
+        form = convertRule3(prev, cur, next);
+    if (form < 0 && cur >= vyArabicMainFirst && cur <= vyArabicMainLast)
+        form = vyArabicMainForms[cur - vyArabicMainFirst][vyArabicFormIndex(prev, next)];
+    return form < 0 ? cur : static_cast<unsigned short>(form);
+}
+
+} // namespace
+
+bool joinsNext(unsigned short c)
+{
+    return std::binary_search(std::begin(vyJoinsNextLetters), std::end(vyJoinsNextLetters), c);
+}
+
+bool joinsPrevious(unsigned short c)
+{
+    return std::binary_search(std::begin(vyJoinsPreviousLetters), std::end(vyJoinsPreviousLetters),
+                              c);
+}
+
+int vyArabicFormIndex(unsigned short prev, unsigned short next)
+{
+    const bool joinedBefore = joinsNext(prev);
+    const bool joinedAfter = next != 0 && joinsPrevious(next);
+    if (joinedBefore)
+        return joinedAfter ? VyFormMedial : VyFormFinal;
+    return joinedAfter ? VyFormInitial : VyFormIsolated;
+}
+
+int lamAlefRule(unsigned short prev, unsigned short cur, unsigned short next)
+{
+    if (cur != 0x0644)
+        return -1;
+    for (const auto& row : vyLamAlefForms)
+        if (row[0] == next)
+            return joinsNext(prev) ? row[2] : row[1];
+    return -1;
+}
+
+int convertRule3(unsigned short prev, unsigned short cur, unsigned short next)
+{
+    if (cur < 0x0600 || cur > 0x06FF)
+        return -1;
+    for (const auto& row : vyArabicExtendedForms)
+        if (row[0] == cur)
+            return row[1 + vyArabicFormIndex(prev, next)];
+    return -1;
+}
+
+bool isIncludeHebrew(const unsigned short* s, int n)
+{
+    return includes<vyIsHebrewUnit>(s, n);
+}
+
+bool isIncludeArbic(const unsigned short* s, int n)
+{
+    return includes<vyIsArabicUnit>(s, n);
+}
+
+void arabicRulesConvert(unsigned short* s, int n)
+{
+    if (!s)
+        return;
+    unsigned short* copy = workCopy(s, n);
+    if (!copy)
+        return;
+    // The copy ends in a 0 unit, which is the last unit's `next`.
+    unsigned short prev = 0;
+    for (int i = 0; i < n; ++i) {
+        s[i] = shapeUnit(prev, copy[i], copy[i + 1]);
+        prev = copy[i];
+    }
+    if (n > 0)
+        memcpy(copy, s, size_t(n) * sizeof(*s));
+    vyReverseArabicRuns(copy, s, n);
+    free(copy);
+}
+
+void reversalHebrew(unsigned short* s, int n)
+{
+    if (!s)
+        return;
+    unsigned short* copy = workCopy(s, n);
+    if (!copy)
+        return;
+    vyReverseHebrewRuns(copy, s, n);
+    free(copy);
+}
