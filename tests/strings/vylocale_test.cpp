@@ -144,6 +144,47 @@ TEST(VyLocale, NoBreakSpaceSeparatorTrimsFirst)
     EXPECT_TRUE(ok);
 }
 
+TEST(VyLocale, ReadersFollowTheByteFormUnderAnySymbols)
+{
+    // The readers take shortcuts for plain text; whatever the symbols, they must give what the
+    // byte form read whole by bytearrayToLongLong gives.
+    SymbolsGuard guard;
+    std::mt19937 rng(4);
+    const VyUcs2 pool[] = {'0', '5', '9', ' ', '\t', '+',    '-',    '.',   ',',
+                           'e', 'E', 'x', ';', '%',  0x0660, 0x0665, 0x00A0};
+    const int poolSize = int(sizeof pool / sizeof pool[0]);
+    VyUcs2* const symbols[] = {&VyLocale::mZeroDigit,      &VyLocale::mPositiveSign,
+                               &VyLocale::mNegativeSign,   &VyLocale::mDecimal,
+                               &VyLocale::mGroupSeparator, &VyLocale::mExponential};
+    for (int round = 0; round < 30000; ++round) {
+        if (round % 300 == 299) { // a new symbol set, the C locale's first
+            for (VyUcs2* symbol : symbols)
+                *symbol = pool[rng() % poolSize];
+            VyLocale::mZeroDigit = rng() % 2 ? '0' : 0x0660;
+        }
+        VyUcs2 units[8];
+        const int n = int(rng() % 9);
+        for (int i = 0; i < n; ++i)
+            units[i] = rng() % 3 ? pool[rng() % 3] : pool[rng() % poolSize];
+        const VyString text(units, n);
+        const VyString trimmed = VyLocale::mGroupSeparator == 0x00A0 ? text.trimmed() : text;
+        VyVector<char> bytes;
+        bool expectOk = VyLocale::numberToCLocale(trimmed, VyLocale::RejectGroupSeparators, &bytes);
+        const long long expected =
+            expectOk ? VyLocale::bytearrayToLongLong(bytes.constData(), 10, &expectOk) : 0;
+        bool ok;
+        ASSERT_EQ(VyLocale::stringToLongLong(text, 10, &ok, VyLocale::RejectGroupSeparators),
+                  expectOk ? expected : 0);
+        ASSERT_EQ(ok, expectOk) << round;
+        expectOk = !bytes.isEmpty();
+        const unsigned long long uexpected =
+            expectOk ? VyLocale::bytearrayToUnsLongLong(bytes.constData(), 10, &expectOk) : 0;
+        ASSERT_EQ(VyLocale::stringToUnsLongLong(text, 10, &ok, VyLocale::RejectGroupSeparators),
+                  expectOk ? uexpected : 0);
+        ASSERT_EQ(ok, expectOk) << round;
+    }
+}
+
 TEST(VyLocale, IntegerFlagsBasesWidthsPrecisionsAgreeWithC)
 {
     // C's %d, %o, %x for the flags they share; a non-zero value keeps C's "0x" rules equal.
