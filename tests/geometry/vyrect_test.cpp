@@ -121,6 +121,8 @@ TEST(VyRectTest, UnionWithNullGivesOtherAsGiven_Kept)
     VyRect box;
     box |= VyRect(3, 4, 5, 6);
     EXPECT_EQ(box, VyRect(3, 4, 5, 6));
+    EXPECT_EQ(VyRectF() | VyRectF(20, 20, -5, -5), VyRectF(20, 20, -5, -5));
+    EXPECT_EQ(VyRectF(20, 20, -5, -5) | VyRectF(30, 30, 1, 1), VyRectF(15, 15, 16, 16));
 }
 
 TEST(VyRectTest, IntersectionAndContainmentEdges)
@@ -200,7 +202,6 @@ TEST(VyRectFTest, NormalizedAndSetOperations)
     EXPECT_EQ(VyRectF(VyRect(2, 3, 11, 7)), VyRectF(2, 3, 10, 5));
     const VyRectF a(0, 0, 10, 10), reversed(20, 20, -5, -5);
     EXPECT_EQ(a | reversed, VyRectF(0, 0, 20, 20));
-    EXPECT_EQ(VyRectF() | reversed, reversed);
     EXPECT_EQ(a & reversed, VyRectF());
     EXPECT_EQ(a & VyRectF(12, 2, -4, 20), VyRectF(8, 2, 2, 8));
     // Touching rectangles meet in a line of width 0; touching corners give the null rectangle.
