@@ -5,7 +5,6 @@
 #include "vyshapingprivate.h"
 
 #include <algorithm>
-#include <iterator>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -40,44 +39,27 @@ unsigned short* workCopy(const unsigned short* s, int n)
     return copy;
 }
 
-// The shaped form of `cur` between `prev` and `next`, all three from the unshaped text.
-unsigned short shapeUnit(unsigned short prev, unsigned short cur, unsigned short next)
+// The shaped form of `cur` between `prev` and `next`, all three from the unshaped text. The
+// rules apply in the order lam-alef, extended letters, main table, every other unit kept; as
+// each rule covers its own letters (lam, the six extended letters, U+0621 to U+064A), the unit's
+// range picks the one rule that can apply.
+inline unsigned short shapeUnit(unsigned short prev, unsigned short cur, unsigned short next)
 {
-    if (!vyIsArabicUnit(cur))
-        return cur;
-    // Kept: the alef after a lam is neither removed nor skipped. The lam's unit takes the
-    // ligature and the alef is shaped on its own at the next index, as a final form since lam
-    // joins forward. The text keeps its length, so every glyph stays at the index of its unit,
-    // which the layout's line breaks and cursor positions count by.
-    int form = lamAlefRule(prev, cur, next);
-    if (form < 0)
-        form = convertRule3(prev, cur, next);
-    if (form < 0 && cur >= vyArabicMainFirst && cur <= vyArabicMainLast)
-        form = vyArabicMainForms[cur - vyArabicMainFirst][vyArabicFormIndex(prev, next)];
-    return form < 0 ? cur : static_cast<unsigned short>(form);
+    if (cur >= vyArabicMainFirst && cur <= vyArabicMainLast) {
+        // Kept: the alef after a lam is neither removed nor skipped. The lam's unit takes the
+        // ligature and the alef is shaped on its own at the next index, as a final form since
+        // lam joins forward. The text keeps its length, so every glyph stays at the index of
+        // its unit, which the layout's line breaks and cursor positions count by.
+        const int ligature = cur == 0x0644 ? lamAlefRule(prev, cur, next) : -1;
+        if (ligature >= 0)
+            return static_cast<unsigned short>(ligature);
+        return vyArabicMainForms[cur - vyArabicMainFirst][vyArabicFormIndex(prev, next)];
+    }
+    const int extended = convertRule3(prev, cur, next);
+    return extended >= 0 ? static_cast<unsigned short>(extended) : cur;
 }
 
 } // namespace
-
-bool joinsNext(unsigned short c)
-{
-    return std::binary_search(std::begin(vyJoinsNextLetters), std::end(vyJoinsNextLetters), c);
-}
-
-bool joinsPrevious(unsigned short c)
-{
-    return std::binary_search(std::begin(vyJoinsPreviousLetters), std::end(vyJoinsPreviousLetters),
-                              c);
-}
-
-int vyArabicFormIndex(unsigned short prev, unsigned short next)
-{
-    const bool joinedBefore = joinsNext(prev);
-    const bool joinedAfter = next != 0 && joinsPrevious(next);
-    if (joinedBefore)
-        return joinedAfter ? VyFormMedial : VyFormFinal;
-    return joinedAfter ? VyFormInitial : VyFormIsolated;
-}
 
 int lamAlefRule(unsigned short prev, unsigned short cur, unsigned short next)
 {

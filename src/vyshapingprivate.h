@@ -37,13 +37,44 @@ extern const unsigned short vyArabicExtendedForms[6][5];
 // Lam followed by one of four alefs: the alef, the ligature's isolated form, its final form.
 extern const unsigned short vyLamAlefForms[4][3];
 
-// True when `c` is one of the 29 letters that connect to a following letter (binary search);
-// 0 never is.
-bool joinsNext(unsigned short c);
-// True when `c` is one of the 41 letters that connect to a preceding letter (binary search).
-bool joinsPrevious(unsigned short c);
+// Binary search of an ascending set. The halving steps depend only on the set's size and pick
+// the next half without a branch, so the letters of real text, which follow no pattern a
+// branch predictor could learn, cost the same few steps as any other unit. Runs twice for
+// every letter shaped.
+template <size_t N> inline bool vyContainsUnit(const unsigned short (&set)[N], unsigned short c)
+{
+    const unsigned short* base = set;
+    size_t len = N;
+    while (len > 1) {
+        const size_t half = len / 2;
+        base = base[half] <= c ? base + half : base;
+        len -= half;
+    }
+    return *base == c;
+}
+
+// True when `c` is one of the 29 letters that connect to a following letter; 0 never is.
+inline bool joinsNext(unsigned short c)
+{
+    return vyContainsUnit(vyJoinsNextLetters, c);
+}
+
+// True when `c` is one of the 41 letters that connect to a preceding letter.
+inline bool joinsPrevious(unsigned short c)
+{
+    return vyContainsUnit(vyJoinsPreviousLetters, c);
+}
+
 // The column for a letter between `prev` and `next` (0 for none).
-int vyArabicFormIndex(unsigned short prev, unsigned short next);
+inline int vyArabicFormIndex(unsigned short prev, unsigned short next)
+{
+    const bool joinedBefore = joinsNext(prev);
+    const bool joinedAfter = next != 0 && joinsPrevious(next);
+    if (joinedBefore)
+        return joinedAfter ? VyFormMedial : VyFormFinal;
+    return joinedAfter ? VyFormInitial : VyFormIsolated;
+}
+
 // The lam-alef ligature standing for lam `cur` before alef `next`: the final form when `prev`
 // joins forward, else the isolated one. -1 unless `cur` is U+0644 and `next` is U+0622,
 // U+0623, U+0625 or U+0627.
