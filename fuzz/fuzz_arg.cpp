@@ -148,7 +148,7 @@ std::u16string modelMultiArg(const std::u16string& t, const std::vector<std::u16
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    if (size < 4 || size > 8192)
+    if (size < 4 || size > 2048)
         return 0;
     const int width = int(int8_t(data[0])) % 40;
     const char16_t fill = "* 0.\xE9"[data[1] % 5] & 0xFF;

@@ -420,18 +420,22 @@ public:
     int size() const { return int(units_.size()); }
     void append(const VyString& s)
     {
+        reserveMore(s.size());
         units_.insert(units_.end(), s.unicode(), s.unicode() + s.size());
     }
     void append(VyUcs2 c, long long count = 1)
     {
-        if (count > 0)
+        if (count > 0) {
+            reserveMore(count);
             units_.insert(units_.end(), size_t(count), c);
+        }
     }
     // `n` bytes of UTF-8.
     void appendUtf8(const char* bytes, int n)
     {
         if (n <= 0)
             return;
+        reserveMore(n);
         const size_t old = units_.size();
         units_.resize(old + size_t(n));
         const int written = VyString::utf8ToUcs2(units_.data() + old, bytes, n);
@@ -440,6 +444,13 @@ public:
     VyString toString() const { return VyString(units_.data(), int(units_.size())); }
 
 private:
+    // A string holds at most INT_MAX - 1 units.
+    void reserveMore(long long n)
+    {
+        if ((long long)units_.size() + n > INT_MAX - 1)
+            throw std::bad_alloc();
+    }
+
     std::vector<VyUcs2> units_;
 };
 

@@ -276,6 +276,7 @@ public:
     // VyLocale::mNumberOptions is 0. A text without any marker prints a message on standard
     // output and is returned unchanged. A fillChar of '0' pads numbers with zeros after the
     // sign. A VyUcs2 argument is formatted as a number (wrap it in VyString for the unit).
+    // A result longer than a string can hold throws std::bad_alloc.
     VyString arg(const VyString& a, int fieldWidth = 0, VyUcs2 fillChar = ' ') const;
     // The byte stored unchanged as one unit, like VyString(char).
     VyString arg(char a, int fieldWidth = 0, VyUcs2 fillChar = ' ') const;
@@ -302,9 +303,9 @@ public:
     }
     // Any integer with a fill of any character type (a plain '0' included), which the
     // overloads above would leave ambiguous against the double form.
-    template <typename Int, typename Fill,
-              typename = std::enable_if_t<std::is_integral<Int>::value &&
-                                          std::is_integral<Fill>::value>>
+    template <
+        typename Int, typename Fill,
+        typename = std::enable_if_t<std::is_integral<Int>::value && std::is_integral<Fill>::value>>
     VyString arg(Int a, int fieldWidth, int base, Fill fillChar) const
     {
         if constexpr (std::is_signed<Int>::value)
@@ -353,7 +354,8 @@ public:
     // j z t; d i o u x X e E f F g G a A c s p n %. `%s` reads UTF-8 (with a precision: at
     // most that many bytes), `%c` one byte as a unit (`%lc` a unit), `%p` "0x" and lower-case
     // hex digits, `%n` stores the units written so far. An unknown conversion is copied as it
-    // stands. The result has no length limit. Numbers are written by VyLocale with its symbols
+    // stands. The result has no length limit of its own (beyond a string's INT_MAX units, past
+    // which std::bad_alloc is thrown). Numbers are written by VyLocale with its symbols
     // and agree with C's snprintf in the C locale, except that `'` groups with
     // VyLocale::mGroupSeparator.
     VyString& sprintf(const char* format, ...) __attribute__((format(printf, 2, 3)));
