@@ -93,6 +93,22 @@ int vyFindStringBoyerMoore(const VyUcs2* haystack, int haystackLen, int from, co
     if (sensitive) {
         for (;;) {
             int step = skip[*current & 0xFF];
+            // Short needles: a step moves at most `window` units, and each one waits for two
+            // dependent loads (the unit, then its entry). While two windows fit before the end,
+            // the entry one window ahead is read along with the current one, so a full-window
+            // step (the usual one in text that shares few low bytes with the needle) finds its
+            // next entry at hand. The cursor visits the same units as below. Longer windows
+            // gain nothing from it: their steps are long already and more often partial.
+            while (step && window <= 8 && end - current > 2 * window) {
+                const int ahead = skip[current[window] & 0xFF];
+                if (step == window) {
+                    current += window;
+                    step = ahead;
+                } else {
+                    current += step;
+                    step = skip[*current & 0xFF];
+                }
+            }
             while (step) {
                 if (end - current <= step)
                     return -1;

@@ -103,23 +103,33 @@ int VyString::ucs2ToUtf8(char* dst, const VyUcs2* src, int len)
     unsigned char* out = reinterpret_cast<unsigned char*>(dst);
     const VyUcs2* const end = src + len;
     while (src != end) {
-        if (end - src >= 4) {
-            uint64_t word;
-            memcpy(&word, src, 8);
-            if (!(word & 0xFF80FF80FF80FF80ull)) {
+        unsigned u = *src;
+        if (u < 0x80) {
+            // A run of ASCII goes four units at a time; only an ASCII unit starts one, so other
+            // scripts pay nothing for it.
+            while (end - src >= 4) {
+                uint64_t word;
+                memcpy(&word, src, 8);
+                if (word & 0xFF80FF80FF80FF80ull)
+                    break;
                 out[0] = static_cast<unsigned char>(src[0]);
                 out[1] = static_cast<unsigned char>(src[1]);
                 out[2] = static_cast<unsigned char>(src[2]);
                 out[3] = static_cast<unsigned char>(src[3]);
                 out += 4;
                 src += 4;
+            }
+            if (src == end)
+                break;
+            u = *src;
+            if (u < 0x80) {
+                *out++ = static_cast<unsigned char>(u);
+                ++src;
                 continue;
             }
         }
-        const unsigned u = *src++;
-        if (u < 0x80) {
-            *out++ = static_cast<unsigned char>(u);
-        } else if (u < 0x800) {
+        ++src;
+        if (u < 0x800) {
             out[0] = static_cast<unsigned char>(0xC0 | (u >> 6));
             out[1] = static_cast<unsigned char>(0x80 | (u & 0x3F));
             out += 2;
