@@ -198,25 +198,23 @@ Thai thai(std::vector<unsigned short> s)
 
 TEST(VyFontEngineThai, MarksOnConsonantsAndVowels)
 {
-    auto is = [](const Thai& t, int tone, int upper, int lower) {
-        return t.tone == tone && t.upper == upper && t.lower == lower;
+    // Units, then the expected tone, upper and lower.
+    const unsigned short cases[][6] = {
+        {0x0E01, 0x0E34, 0x0E48, 2, 1, 0}, {0x0E01, 0x0E48, 0, 1, 0, 0},
+        {0x0E24, 0x0E48, 0, 0, 0, 0},      {0x0E26, 0x0E34, 0, 0, 0, 0},
+        {0x0E2F, 0x0E34, 0, 0, 0, 0},      {0x0E2E, 0x0E4D, 0x0E48, 0, 1, 0},
+        {0x0E01, 0x0E3A, 0x0E48, 0, 0, 1}, {0x0E01, 0x0E39, 0x0E4B, 2, 0, 1},
+        {0x0E01, 0x0E38, 0x0E4C, 2, 0, 1}, {0x0E01, 0x0E34, 0x0E4D, 2, 1, 0},
+        {0x0E01, 0x0E35, 0x0E4C, 0, 1, 0}, {0x0E01, 0x0E37, 0x0E47, 2, 1, 0},
+        {0x0E01, 0x0E34, 0x0E47, 0, 1, 0}, {0x0E01, 0x0E34, 0x0E00, 0, 1, 0},
+        {0x0E01, 0x0E34, 0x0F48, 0, 1, 0}, {0x0E01, 0x0E00, 0x0E48, 0, 0, 0},
     };
-    EXPECT_TRUE(is(thai({0x0E01, 0x0E34, 0x0E48}), 2, 1, 0));
-    EXPECT_TRUE(is(thai({0x0E01, 0x0E48}), 1, 0, 0));
-    EXPECT_TRUE(is(thai({0x0E24, 0x0E48}), 0, 0, 0));
-    EXPECT_TRUE(is(thai({0x0E26, 0x0E34}), 0, 0, 0));
-    EXPECT_TRUE(is(thai({0x0E2F, 0x0E34}), 0, 0, 0));
-    EXPECT_TRUE(is(thai({0x0E2E, 0x0E4D, 0x0E48}), 0, 1, 0)); // returns after the first mark
-    EXPECT_TRUE(is(thai({0x0E01, 0x0E3A, 0x0E48}), 0, 0, 1));
-    EXPECT_TRUE(is(thai({0x0E01, 0x0E39, 0x0E4B}), 2, 0, 1));
-    EXPECT_TRUE(is(thai({0x0E01, 0x0E38, 0x0E4C}), 2, 0, 1));
-    EXPECT_TRUE(is(thai({0x0E01, 0x0E34, 0x0E4D}), 2, 1, 0));
-    EXPECT_TRUE(is(thai({0x0E01, 0x0E35, 0x0E4C}), 0, 1, 0));
-    EXPECT_TRUE(is(thai({0x0E01, 0x0E37, 0x0E47}), 2, 1, 0));
-    EXPECT_TRUE(is(thai({0x0E01, 0x0E34, 0x0E47}), 0, 1, 0));
-    EXPECT_TRUE(is(thai({0x0E01, 0x0E34, 0x0E00}), 0, 1, 0));
-    EXPECT_TRUE(is(thai({0x0E01, 0x0E34, 0x0F48}), 0, 1, 0));
-    EXPECT_TRUE(is(thai({0x0E01, 0x0E00, 0x0E48}), 0, 0, 0));
+    for (const auto& c : cases) {
+        const Thai t = thai({c[0], c[1], c[2]});
+        EXPECT_EQ(std::vector<int>({t.tone, t.upper, t.lower}),
+                  std::vector<int>({c[3], c[4], c[5]}))
+            << std::hex << c[0] << ' ' << c[1] << ' ' << c[2];
+    }
 }
 
 TEST(VyFontEngineThai, FlagValuesAreReadBackAsIndexes_Kept)
