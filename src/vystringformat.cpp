@@ -216,8 +216,8 @@ VyString VyString::arg(const VyString& a, int fieldWidth, VyUcs2 fillChar) const
 {
     const ArgEscapeData d = findArgEscapes(*this);
     if (d.occurrences == 0) {
-        // Kept: each arg form has its own missing-marker text, byte for byte; the framework's
-        // log filters match them as they are.
+        // Kept: each arg form has its own missing-marker text, byte for byte (this one with a
+        // capital and a full stop); diagnostics that tools have always read stay as they were.
         puts("VyString::arg: Argument missing.");
         return *this;
     }
@@ -233,7 +233,8 @@ VyString VyString::arg(long long a, int fieldWidth, int base, VyUcs2 fillChar) c
 {
     const ArgEscapeData d = findArgEscapes(*this);
     if (d.occurrences == 0) {
-        // Kept: this form's message has no full stop, unlike the others.
+        // Kept: this form's message has no full stop, unlike the others; it stays as it always
+        // read.
         puts("VyString::arg: Argument missing");
         return *this;
     }
@@ -324,7 +325,8 @@ VyString VyString::multiArg(int numArgs, const VyString** args) const
     for (VyMap<int, int>::iterator i = markers.begin(); i != markers.end(); ++i)
         i.value() = ordinal++;
     if (ordinal < numArgs) {
-        // Kept: multiArg's text, in lower case, differs from the arg forms' texts.
+        // Kept: multiArg's text begins "argument" in lower case, unlike the arg forms' texts;
+        // it stays as it always read.
         puts("VyString::arg: argument missing.");
         numArgs = ordinal;
     }

@@ -34,8 +34,8 @@ bool VyStringList::contains(const VyString& str, Vy::CaseSensitivity cs) const
 {
     for (const_iterator i = begin(), e = end(); i != e; ++i) {
         // Kept: equality is compare() == 0, so in the case-insensitive mode an empty `str`
-        // without a buffer does not match an empty element with one (compare gives 1), as
-        // compare itself keeps it.
+        // without a buffer does not match an empty element with one (compare gives 1). The
+        // list answers exactly as the string comparison it is built on, quirk included.
         if (i->size() == str.size() && str.compare(*i, cs) == 0)
             return true;
     }
