@@ -9,13 +9,13 @@
 //     ratio bmp_decode_<depth>_vs_memcpy <library-time / reference-time> goal <bound>
 #include <benchmark/benchmark.h>
 
-#include <map>
 #include <stdio.h>
 #include <string.h>
 #include <string>
 #include <vector>
 
 #include "../tests/support/bmpwriter.h"
+#include "bench_ratio.h"
 #include "vybitmap.h"
 
 namespace
@@ -92,57 +92,18 @@ void depths(benchmark::internal::Benchmark* b)
 BENCHMARK(BM_Decode)->Apply(depths)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_CopyPixels)->Unit(benchmark::kMicrosecond);
 
-// Passes every run on to the console and keeps the CPU time per iteration of each benchmark
-// instance: the median aggregate when there is one, else the single run.
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    std::map<std::string, double> medians;
-    std::map<std::string, double> singles;
-
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            std::string name = run.run_name.function_name;
-            if (!run.run_name.args.empty())
-                name += "/" + run.run_name.args;
-            if (run.run_type == Run::RT_Aggregate) {
-                if (run.aggregate_name == "median")
-                    medians[name] = run.GetAdjustedCPUTime();
-            } else {
-                singles[name] = run.GetAdjustedCPUTime();
-            }
-        }
-    }
-
-    double time(const std::string& name) const
-    {
-        auto m = medians.find(name);
-        if (m != medians.end())
-            return m->second;
-        auto s = singles.find(name);
-        return s != singles.end() ? s->second : -1.0;
-    }
+const vybench::RatioPair kPairs[] = {
+    {"bmp_decode_1_vs_memcpy", "BM_Decode/1", "BM_CopyPixels", kGoal},
+    {"bmp_decode_4_vs_memcpy", "BM_Decode/4", "BM_CopyPixels", kGoal},
+    {"bmp_decode_8_vs_memcpy", "BM_Decode/8", "BM_CopyPixels", kGoal},
+    {"bmp_decode_16_vs_memcpy", "BM_Decode/16", "BM_CopyPixels", kGoal},
+    {"bmp_decode_24_vs_memcpy", "BM_Decode/24", "BM_CopyPixels", kGoal},
+    {"bmp_decode_32_vs_memcpy", "BM_Decode/32", "BM_CopyPixels", kGoal},
 };
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    for (int depth : kDepths) {
-        const std::string arg = std::to_string(depth);
-        const double library = reporter.time("BM_Decode/" + arg);
-        const double reference = reporter.time("BM_CopyPixels");
-        if (library > 0 && reference > 0)
-            printf("ratio bmp_decode_%d_vs_memcpy %.2f goal %.1f\n", depth, library / reference,
-                   kGoal);
-    }
-    benchmark::Shutdown();
-    return 0;
+    return vybench::runWithRatios(argc, argv, kPairs);
 }
