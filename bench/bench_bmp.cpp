@@ -9,7 +9,7 @@
 //     ratio bmp_decode_<depth>_vs_memcpy <library-time / reference-time> goal <bound>
 #include <benchmark/benchmark.h>
 
-#include <stdio.h>
+#include <map>
 #include <string.h>
 #include <string>
 #include <vector>
