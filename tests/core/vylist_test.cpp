@@ -304,22 +304,11 @@ TEST(VyListDetachTest, DetachFormsCopyOrShareTheHeader)
 
 // ---- the typed list ----
 
-template <typename T> class VyListTypedTest : public ::testing::Test
+template <typename T> class VyListTypedTest : public CountedTest
 {
-protected:
-    void SetUp() override { Counted::reset(); }
-    void TearDown() override { EXPECT_EQ(Counted::living(), 0); }
 };
 using ElementTypes = ::testing::Types<int, Counted>;
 TYPED_TEST_SUITE(VyListTypedTest, ElementTypes);
-
-template <typename T> static int valueOf(const T& t)
-{
-    if constexpr (std::is_same<T, Counted>::value)
-        return t.value;
-    else
-        return t;
-}
 
 template <typename T> static VyList<T> makeList(int n)
 {

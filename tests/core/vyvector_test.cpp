@@ -195,22 +195,11 @@ TEST(VyVectorTest, SearchAndCompare)
 
 // ---- typed tests: every mutator leaves a shared original alone and leaks nothing ----
 
-template <typename T> class VyVectorTypedTest : public ::testing::Test
+template <typename T> class VyVectorTypedTest : public CountedTest
 {
-protected:
-    void SetUp() override { Counted::reset(); }
-    void TearDown() override { EXPECT_EQ(Counted::living(), 0); }
 };
 using ElementTypes = ::testing::Types<int, Counted>;
 TYPED_TEST_SUITE(VyVectorTypedTest, ElementTypes);
-
-template <typename T> static int valueOf(const T& t)
-{
-    if constexpr (std::is_same<T, Counted>::value)
-        return t.value;
-    else
-        return t;
-}
 
 template <typename T> static VyVector<T> makeVector(int n)
 {

@@ -4,6 +4,8 @@
 #ifndef VY_TESTS_COUNTED_H
 #define VY_TESTS_COUNTED_H
 
+#include <gtest/gtest.h>
+
 #include <stdexcept>
 
 struct Counted {
@@ -49,6 +51,25 @@ struct Counted {
         constructed = destroyed = 0;
         copiesUntilThrow = 0;
     }
+};
+
+// The integer a plain element or a Counted carries, for comparing containers with models.
+inline int valueOf(int v)
+{
+    return v;
+}
+inline int valueOf(const Counted& c)
+{
+    return c.value;
+}
+
+// Base of typed container tests: every test starts from zero counts and must end with every
+// Counted it made destroyed exactly once.
+class CountedTest : public ::testing::Test
+{
+protected:
+    void SetUp() override { Counted::reset(); }
+    void TearDown() override { EXPECT_EQ(Counted::living(), 0); }
 };
 
 #endif
