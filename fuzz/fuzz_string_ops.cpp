@@ -21,6 +21,7 @@
 //
 // The substring replace whose replacement contains the searched text never ends by design
 // (the search resumes where the replacement went); those inputs are skipped.
+#include "fuzz_check.h"
 #include "vystring.h"
 #include "vyunicode.h"
 
@@ -32,14 +33,6 @@
 #include <algorithm>
 #include <string>
 #include <vector>
-
-#define FUZZ_CHECK(cond)                                                                           \
-    do {                                                                                           \
-        if (!(cond)) {                                                                             \
-            fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #cond);               \
-            abort();                                                                               \
-        }                                                                                          \
-    } while (0)
 
 namespace
 {

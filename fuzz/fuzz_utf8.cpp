@@ -9,6 +9,7 @@
 // 3 * size + 1 and decodes back to the same units. The input read as 16-bit units (lone
 // surrogates and 0 units included) must survive the round trip too, since each unit is
 // encoded on its own.
+#include "fuzz_check.h"
 #include "vystring.h"
 
 #include <stdint.h>
@@ -18,14 +19,6 @@
 
 #include <string>
 #include <vector>
-
-#define FUZZ_CHECK(cond)                                                                           \
-    do {                                                                                           \
-        if (!(cond)) {                                                                             \
-            fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #cond);               \
-            abort();                                                                               \
-        }                                                                                          \
-    } while (0)
 
 namespace
 {

@@ -93,6 +93,24 @@ long long leadingExponent(const char* p, const char* end)
     return position - 1 + exponent;
 }
 
+// readMagnitude from p with the readers' reporting: the end of the digits in *endptr, or on
+// failure nptr there and *ok false.
+bool readReported(const char* nptr, const char* p, int base, unsigned long long* magnitude,
+                  bool* overflow, const char** endptr, bool* ok)
+{
+    const char* end;
+    if (!readMagnitude(p, base, magnitude, overflow, &end)) {
+        if (endptr)
+            *endptr = nptr;
+        if (ok)
+            *ok = false;
+        return false;
+    }
+    if (endptr)
+        *endptr = end;
+    return true;
+}
+
 } // namespace
 
 long long vystrtoll(const char* nptr, const char** endptr, int base, bool* ok)
@@ -103,16 +121,8 @@ long long vystrtoll(const char* nptr, const char** endptr, int base, bool* ok)
         ++p;
     unsigned long long magnitude;
     bool overflow;
-    const char* end;
-    if (!readMagnitude(p, base, &magnitude, &overflow, &end)) {
-        if (endptr)
-            *endptr = nptr;
-        if (ok)
-            *ok = false;
+    if (!readReported(nptr, p, base, &magnitude, &overflow, endptr, ok))
         return 0;
-    }
-    if (endptr)
-        *endptr = end;
     const unsigned long long bound = negative ? 0ULL - (unsigned long long)LLONG_MIN : LLONG_MAX;
     if (overflow || magnitude > bound) {
         if (ok)
@@ -131,16 +141,8 @@ unsigned long long vystrtoull(const char* nptr, const char** endptr, int base, b
         ++p;
     unsigned long long magnitude;
     bool overflow;
-    const char* end;
-    if (!readMagnitude(p, base, &magnitude, &overflow, &end)) {
-        if (endptr)
-            *endptr = nptr;
-        if (ok)
-            *ok = false;
+    if (!readReported(nptr, p, base, &magnitude, &overflow, endptr, ok))
         return 0;
-    }
-    if (endptr)
-        *endptr = end;
     if (ok)
         *ok = !overflow;
     return magnitude;

@@ -117,6 +117,27 @@ unsigned argFlags(VyUcs2 fillChar, bool locale)
     return flags;
 }
 
+// The number forms of arg: the lowest markers take the number, formatted once without and
+// once with the locale's grouping as the markers ask; with no marker the form's own message is
+// printed and the template comes back unchanged.
+template <typename Format>
+VyString numberArg(const VyString& templ, const char* missingMessage, int fieldWidth,
+                   VyUcs2 fillChar, Format format)
+{
+    const ArgEscapeData d = findArgEscapes(templ);
+    if (d.occurrences == 0) {
+        puts(missingMessage);
+        return templ;
+    }
+    VyString plain;
+    VyString locale;
+    if (d.occurrences > d.localeOccurrences)
+        plain = format(argFlags(fillChar, false));
+    if (d.localeOccurrences >= 1)
+        locale = format(argFlags(fillChar, true));
+    return replaceArgEscapes(templ, d, fieldWidth, plain, locale, fillChar);
+}
+
 } // namespace
 
 ArgEscapeData findArgEscapes(const VyString& s)
@@ -231,52 +252,24 @@ VyString VyString::arg(char a, int fieldWidth, VyUcs2 fillChar) const
 
 VyString VyString::arg(long long a, int fieldWidth, int base, VyUcs2 fillChar) const
 {
-    const ArgEscapeData d = findArgEscapes(*this);
-    if (d.occurrences == 0) {
-        // Kept: this form's message has no full stop, unlike the others; it stays as it always
-        // read.
-        puts("VyString::arg: Argument missing");
-        return *this;
-    }
-    VyString plain;
-    VyString locale;
-    if (d.occurrences > d.localeOccurrences)
-        plain = formatSigned(a, -1, base, fieldWidth, argFlags(fillChar, false));
-    if (d.localeOccurrences >= 1)
-        locale = formatSigned(a, -1, base, fieldWidth, argFlags(fillChar, true));
-    return replaceArgEscapes(*this, d, fieldWidth, plain, locale, fillChar);
+    // Kept: this form's message has no full stop, unlike the others; it stays as it always
+    // read.
+    return numberArg(*this, "VyString::arg: Argument missing", fieldWidth, fillChar,
+                     [&](unsigned flags) { return formatSigned(a, -1, base, fieldWidth, flags); });
 }
 
 VyString VyString::arg(unsigned long long a, int fieldWidth, int base, VyUcs2 fillChar) const
 {
-    const ArgEscapeData d = findArgEscapes(*this);
-    if (d.occurrences == 0) {
-        puts("VyString::arg: Argument missing.");
-        return *this;
-    }
-    VyString plain;
-    VyString locale;
-    if (d.occurrences > d.localeOccurrences)
-        plain = formatUnsigned(a, -1, base, fieldWidth, argFlags(fillChar, false));
-    if (d.localeOccurrences >= 1)
-        locale = formatUnsigned(a, -1, base, fieldWidth, argFlags(fillChar, true));
-    return replaceArgEscapes(*this, d, fieldWidth, plain, locale, fillChar);
+    return numberArg(
+        *this, "VyString::arg: Argument missing.", fieldWidth, fillChar,
+        [&](unsigned flags) { return formatUnsigned(a, -1, base, fieldWidth, flags); });
 }
 
 VyString VyString::arg(double a, int fieldWidth, char format, int precision, VyUcs2 fillChar) const
 {
-    const ArgEscapeData d = findArgEscapes(*this);
-    if (d.occurrences == 0) {
-        puts("VyString::arg: Argument missing.");
-        return *this;
-    }
-    VyString plain;
-    VyString locale;
-    if (d.occurrences > d.localeOccurrences)
-        plain = formatDouble(a, format, precision, fieldWidth, argFlags(fillChar, false));
-    if (d.localeOccurrences >= 1)
-        locale = formatDouble(a, format, precision, fieldWidth, argFlags(fillChar, true));
-    return replaceArgEscapes(*this, d, fieldWidth, plain, locale, fillChar);
+    return numberArg(
+        *this, "VyString::arg: Argument missing.", fieldWidth, fillChar,
+        [&](unsigned flags) { return formatDouble(a, format, precision, fieldWidth, flags); });
 }
 
 namespace
