@@ -1,0 +1,53 @@
+// The fixture of the layout tests: a cache whose glyphs all have chosen metrics. Unifont is
+// open only as a safety net; every unit a test lays out gets a synthetic record first.
+#ifndef LAYOUTFIXTURE_H
+#define LAYOUTFIXTURE_H
+
+#include "syntheticglyphs.h"
+#include "textfonts.h"
+#include "vyfontmetrics.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+const VyFont kPlain(40, false, false, false, false);
+const VyFont kBold(40, true, false, false, false);
+
+// Units of the tests, named.
+const char16_t kIdeo1 = 0x4E2D, kIdeo2 = 0x6587, kKatakana = 0x30A2, kHangul = 0xAC00;
+const char16_t kThaiKo = 0x0E01, kSaraI = 0x0E34, kSaraU = 0x0E38, kMaiEk = 0x0E48;
+const char16_t kAlef = 0x05D0, kBet = 0x05D1;
+
+inline VyString u16(const std::u16string& s)
+{
+    return VyString(reinterpret_cast<const VyUcs2*>(s.data()), int(s.size()));
+}
+
+inline std::u16string std16(const VyString& s)
+{
+    return std::u16string(reinterpret_cast<const char16_t*>(s.unicode()), size_t(s.size()));
+}
+
+class LayoutTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        VyFontCache::instance()->setFontFile(VyString(UNIFONT));
+        VyFontCache::instance()->limit = -1;
+    }
+    void TearDown() override { VyFontCache::instance()->closeFontFile(); }
+
+    // Gives every unit of `units` the advance `advance` in the plain and the bold font, with
+    // a bitmap `width` pixels wide.
+    static void advances(const std::u16string& units, int advance, int width = 2)
+    {
+        for (char16_t c : units) {
+            vyPutGlyph(c, kPlain, advance, width);
+            vyPutGlyph(c, kBold, advance, width);
+        }
+    }
+};
+
+#endif
