@@ -9,12 +9,23 @@ namespace
 {
 
 const long long msecsPerDay = 86400000;
+// date + days for any count of days; the null date outside the day number range.
+VyDate addManyDays(VyDate date, long long days)
+{
+    while (date.isValid() && days != 0) {
+        const int step = days > INT32_MAX ? INT32_MAX : days < -INT32_MAX ? -INT32_MAX : int(days);
+        date = date.addDays(step);
+        days -= step;
+    }
+    return date;
+}
+
 // The C library's mktime and localtime_r are trusted from 1970 to 2037 only (32-bit time_t
 // ends in January 2038). A date strictly between 2 January 1970 and 30 December 2037 is used as
 // it is; any other gets the same month and day in 2037 (from 2 January 1970 on) or 1970
 // (before), 29 February becoming 28. *shift receives the days from the returned date back to
 // the true one.
-VyDate systemRangeDate(const VyDate& date, int* shift)
+VyDate systemRangeDate(const VyDate& date, long long* shift)
 {
     const VyDate first(1970, 1, 2, Vy::Gregorian);
     const VyDate last(2037, 12, 30, Vy::Gregorian);
@@ -26,14 +37,16 @@ VyDate systemRangeDate(const VyDate& date, int* shift)
     if (m == 2 && d == 29)
         d = 28;
     const VyDate moved(date >= first ? 2037 : 1970, m, d, Vy::Gregorian);
-    *shift = moved.daysTo(date);
+    // The days between may exceed int: count them from the uint32 difference.
+    *shift =
+        date >= moved ? (long long)uint(moved.daysTo(date)) : -(long long)uint(date.daysTo(moved));
     return moved;
 }
 
 // A date from the C library's broken-down time, moved back by `shift` days.
-VyDate dateFromTm(const struct tm& t, int shift)
+VyDate dateFromTm(const struct tm& t, long long shift)
 {
-    return VyDate(t.tm_year + 1900, t.tm_mon + 1, t.tm_mday, Vy::Gregorian).addDays(shift);
+    return addManyDays(VyDate(t.tm_year + 1900, t.tm_mon + 1, t.tm_mday, Vy::Gregorian), shift);
 }
 
 VyTime timeFromTm(const struct tm& t, int msec)
@@ -53,7 +66,7 @@ void VyDateTimePrivate::getUTC(VyDate& outDate, VyTime& outTime) const
         addMSecs(outDate, outTime, -1000LL * utcOffset);
         return;
     }
-    int shift;
+    long long shift;
     const VyDate moved = systemRangeDate(date, &shift);
     struct tm local = {};
     moved.getDate(&local.tm_year, &local.tm_mon, &local.tm_mday, Vy::Gregorian);
@@ -80,7 +93,7 @@ int VyDateTimePrivate::getLocal(VyDate& outDate, VyTime& outTime) const
     outTime = time;
     if (spec != UTC || !date.isValid())
         return spec;
-    int shift;
+    long long shift;
     const VyDate moved = systemRangeDate(date, &shift);
     const time_t secs = time_t(VyDate(1970, 1, 1, Vy::Gregorian).daysTo(moved) * 86400LL +
                                VyTime(0, 0).secsTo(time));
@@ -114,6 +127,6 @@ void VyDateTimePrivate::addMSecs(VyDate& date, VyTime& time, long long ms)
         carry += t / msecsPerDay;
         t %= msecsPerDay;
     }
-    date = carry < INT32_MIN || carry > INT32_MAX ? VyDate() : date.addDays(int(carry));
+    date = addManyDays(date, carry);
     time = VyTime(0, 0).addMSecs(int(t));
 }
