@@ -1,0 +1,55 @@
+// What vytext shows of a laid-out text: the lines, their rectangles and the placed paint
+// records, read from a VyFontMetrics; and the painter that turns the records into pixels.
+#ifndef VYTEXTLAYOUT_H
+#define VYTEXTLAYOUT_H
+
+#include "vyfontmetrics.h"
+
+#include <string>
+#include <vector>
+
+// One glyph of a record and the pen position it is drawn from.
+struct PlacedGlyph {
+    const GlyphBitmap* glyph;
+    int pen;
+};
+
+struct PlacedRecord {
+    VyRect rect;
+    int baseline;
+    std::vector<PlacedGlyph> glyphs;
+};
+
+// The glyph pointers belong to the font cache and stay valid while the VyFontMetrics the
+// layout was read from lives.
+struct TextLayout {
+    int units = 0;
+    bool rtl = false;
+    int lineHeight = 0;
+    int lineSpacing = 0;
+    int letterSpacing = 0;
+    int pitch = 0;
+    // The tallest glyph top and the deepest glyph descent of the whole text.
+    int ascent = 0;
+    int descent = 0;
+    VyRect box;
+    bool wrap = false;
+    // As stored after paintInfoList, which fills in an empty group.
+    int alignment = 0;
+    VySize sizeHint;
+    std::vector<std::string> lines;
+    std::vector<VyRect> lineRects;
+    std::vector<PlacedRecord> records;
+};
+
+// Divides `m` and places its records (one paintInfoList call), and works out each record's
+// baseline and pen positions by the painting rule of the --help text.
+TextLayout readLayout(VyFontMetrics& m);
+
+// Paints the records onto `pixels`, `width` × `height` grey bytes (255 white) whose top left
+// pixel is (x, y) in the records' coordinates: each glyph's coverage darkens the pixels it
+// covers, clipped to the image.
+void paintLayout(const TextLayout& layout, int x, int y, int width, int height,
+                 std::vector<unsigned char>& pixels);
+
+#endif
