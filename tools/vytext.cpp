@@ -175,6 +175,33 @@ bool writeImage(const std::string& path, const TextLayout& layout, const VyTextO
     return true;
 }
 
+// Lays the text out and shows it: the image first, so that a failed image prints nothing.
+int layOutAndShow(const VyTextOptions& o, const std::vector<unsigned short>& units)
+{
+    const VyString text(units.data(), int(units.size()));
+    const VyFont font(static_cast<unsigned char>(o.size), o.bold, o.heavy, false, false);
+    VyFontMetrics m(text, font, o.lineSpacing, o.letterSpacing);
+    if (m.isRightToLeft() && !recordsFit(text, o.wrap))
+        return fail("right-to-left text too large to lay out: every line record carries all "
+                    "glyphs before it (at most %lld glyphs in all)",
+                    MaxRecordGlyphs);
+    m.setWorpWrap(o.wrap);
+    if (o.hasBox)
+        m.setTextMinRect(o.boxX, o.boxY, o.boxW, o.boxH);
+    if (o.alignment >= 0)
+        m.setAlignment(o.alignment);
+    const TextLayout layout = readLayout(m);
+    if (!o.image.empty() && !writeImage(o.image, layout, o))
+        return 1;
+    if (o.format == OutputFormat::Dump)
+        printDump(stdout, layout, o.size);
+    else if (o.format == OutputFormat::Json)
+        printJson(stdout, layout, o.size);
+    else
+        printLines(stdout, layout);
+    return 0;
+}
+
 int run(const VyTextOptions& o)
 {
     std::string bytes;
@@ -193,31 +220,7 @@ int run(const VyTextOptions& o)
         return 1;
     VyFontMetrics::setFontFile(VyString(fontPath.c_str()), o.cacheLimit);
 
-    int status = 0;
-    {
-        const VyString text(units.data(), int(units.size()));
-        const VyFont font(static_cast<unsigned char>(o.size), o.bold, o.heavy, false, false);
-        VyFontMetrics m(text, font, o.lineSpacing, o.letterSpacing);
-        if (m.isRightToLeft() && !recordsFit(text, o.wrap))
-            return fail("right-to-left text too large to lay out: every line record carries "
-                        "all glyphs before it (at most %lld glyphs in all)",
-                        MaxRecordGlyphs);
-        m.setWorpWrap(o.wrap);
-        if (o.hasBox)
-            m.setTextMinRect(o.boxX, o.boxY, o.boxW, o.boxH);
-        if (o.alignment >= 0)
-            m.setAlignment(o.alignment);
-        const TextLayout layout = readLayout(m);
-
-        if (o.format == OutputFormat::Dump)
-            printDump(stdout, layout, o.size);
-        else if (o.format == OutputFormat::Json)
-            printJson(stdout, layout, o.size);
-        else
-            printLines(stdout, layout);
-        if (!o.image.empty() && !writeImage(o.image, layout, o))
-            status = 1;
-    }
+    const int status = layOutAndShow(o, units);
     VyFontMetrics::closeFontFile();
     delete VyFontCache::instance();
     if (fflush(stdout) != 0 || ferror(stdout))
