@@ -35,6 +35,8 @@ const int MaxUnits = 65536;
 // Right-to-left records carry every glyph placed before them, so their total grows with
 // units times lines; beyond this many glyphs in all the text is refused.
 const long long MaxRecordGlyphs = 1 << 22;
+// Glyph coverage the font cache may hold for one text.
+const long long MaxGlyphBytes = 1LL << 28;
 
 int fail(const char* format, ...) __attribute__((format(printf, 1, 2)));
 int fail(const char* format, ...)
@@ -142,6 +144,19 @@ bool checkFont(const std::string& path, const VyTextOptions& o)
     return true;
 }
 
+// The font cache keeps every glyph the text uses, each about size × size bytes of coverage.
+bool glyphPixelsFit(const std::vector<unsigned short>& units, int size)
+{
+    std::vector<bool> seen(0x10000);
+    long long distinct = 0;
+    for (const unsigned short u : units)
+        if (!seen[u]) {
+            seen[u] = true;
+            ++distinct;
+        }
+    return distinct * (size + 1) * (size + 1) <= MaxGlyphBytes;
+}
+
 // Right-to-left text breaks only at newlines and, with wrap, before a word after a space.
 bool recordsFit(const VyString& text, bool wrap)
 {
@@ -155,7 +170,11 @@ bool recordsFit(const VyString& text, bool wrap)
 bool writeImage(const std::string& path, const TextLayout& layout, const VyTextOptions& o)
 {
     std::vector<unsigned char> pixels;
-    paintLayout(layout, o.boxX, o.boxY, o.boxW, o.boxH, pixels);
+    if (!paintLayout(layout, o.boxX, o.boxY, o.boxW, o.boxH, pixels)) {
+        fail("too much to paint: the glyphs inside the image cover more than %lld pixels",
+             MaxPaintedPixels);
+        return false;
+    }
     // The writer reports a file it could not create as it reports success, so the file is
     // created here first and its size checked afterwards.
     FILE* f = fopen(path.c_str(), "wb");
@@ -214,6 +233,10 @@ int run(const VyTextOptions& o)
                     unsigned(static_cast<unsigned char>(bytes[size_t(bad)])));
     if (units.size() > size_t(MaxUnits))
         return fail("text is too long: more than %d UTF-16 units", MaxUnits);
+    if (!glyphPixelsFit(units, o.size))
+        return fail("text has too many different characters for size %d: their glyphs would "
+                    "take more than %lld bytes",
+                    o.size, MaxGlyphBytes);
 
     std::string fontPath;
     if (!chooseFont(o, fontPath) || !checkFont(fontPath, o))

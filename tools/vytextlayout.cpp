@@ -2,6 +2,8 @@
 
 #include "vytextutf8.h"
 
+#include <algorithm>
+
 TextLayout readLayout(VyFontMetrics& m)
 {
     TextLayout t;
@@ -42,33 +44,61 @@ TextLayout readLayout(VyFontMetrics& m)
     return t;
 }
 
-void paintLayout(const TextLayout& layout, int x, int y, int width, int height,
+namespace
+{
+
+// The part of a glyph's bitmap that falls inside the image: columns c0..c1 and rows r0..r1
+// (exclusive ends) of the bitmap, drawn from image pixel (left + c, top + r).
+struct Clip {
+    long long left, top;
+    int c0, c1, r0, r1;
+};
+
+Clip clip(const PlacedRecord& r, const PlacedGlyph& p, int x, int y, int width, int height)
+{
+    const GlyphBitmap* g = p.glyph;
+    // 64-bit positions: a pen far outside the box must clip, not wrap.
+    Clip c{(long long)p.pen + g->left - x,
+           (long long)r.baseline - g->top - y,
+           0,
+           g->width,
+           0,
+           g->rows};
+    c.c0 = int(std::max<long long>(0, -c.left));
+    c.c1 = int(std::min<long long>(g->width, width - c.left));
+    c.r0 = int(std::max<long long>(0, -c.top));
+    c.r1 = int(std::min<long long>(g->rows, height - c.top));
+    if (!g->buffer || c.c0 >= c.c1 || c.r0 >= c.r1)
+        c.c1 = c.c0 = c.r1 = c.r0 = 0;
+    return c;
+}
+
+} // namespace
+
+bool paintLayout(const TextLayout& layout, int x, int y, int width, int height,
                  std::vector<unsigned char>& pixels)
 {
-    pixels.assign(size_t(width) * size_t(height), 255);
-    for (const PlacedRecord& r : layout.records) {
+    long long work = 0;
+    for (const PlacedRecord& r : layout.records)
         for (const PlacedGlyph& p : r.glyphs) {
-            const GlyphBitmap* g = p.glyph;
-            if (!g->buffer)
-                continue;
-            // 64-bit positions: a pen far outside the box must clip, not wrap.
-            const long long left = (long long)p.pen + g->left - x;
-            const long long top = (long long)r.baseline - g->top - y;
-            for (int row = 0; row < g->rows; ++row) {
-                const long long py = top + row;
-                if (py < 0 || py >= height)
-                    continue;
-                const unsigned char* src = g->buffer + size_t(row) * g->pitch;
-                for (int col = 0; col < g->width; ++col) {
-                    const long long px = left + col;
-                    if (px < 0 || px >= width)
-                        continue;
-                    unsigned char& dst = pixels[size_t(py) * size_t(width) + size_t(px)];
+            const Clip c = clip(r, p, x, y, width, height);
+            work += (long long)(c.c1 - c.c0) * (c.r1 - c.r0);
+        }
+    if (work > MaxPaintedPixels)
+        return false;
+    pixels.assign(size_t(width) * size_t(height), 255);
+    for (const PlacedRecord& r : layout.records)
+        for (const PlacedGlyph& p : r.glyphs) {
+            const Clip c = clip(r, p, x, y, width, height);
+            for (int row = c.r0; row < c.r1; ++row) {
+                const unsigned char* src = p.glyph->buffer + size_t(row) * p.glyph->pitch;
+                unsigned char* dst = &pixels[size_t(c.top + row) * size_t(width) + size_t(c.left)];
+                for (int col = c.c0; col < c.c1; ++col) {
                     const int ink = 255 - src[col];
-                    if (ink < dst)
-                        dst = static_cast<unsigned char>(ink);
+                    if (ink < dst[col])
+                        dst[col] = static_cast<unsigned char>(ink);
                 }
             }
         }
-    }
+    return true;
 }

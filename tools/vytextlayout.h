@@ -46,10 +46,15 @@ struct TextLayout {
 // baseline and pen positions by the painting rule of the --help text.
 TextLayout readLayout(VyFontMetrics& m);
 
+// Glyph pixels one image may take in all (overlapping glyphs count again): a few seconds of
+// painting.
+const long long MaxPaintedPixels = 1LL << 30;
+
 // Paints the records onto `pixels`, `width` × `height` grey bytes (255 white) whose top left
 // pixel is (x, y) in the records' coordinates: each glyph's coverage darkens the pixels it
-// covers, clipped to the image.
-void paintLayout(const TextLayout& layout, int x, int y, int width, int height,
+// covers, clipped to the image. False, painting nothing, when the glyphs inside the image
+// would cover more than MaxPaintedPixels pixels.
+bool paintLayout(const TextLayout& layout, int x, int y, int width, int height,
                  std::vector<unsigned char>& pixels);
 
 #endif
