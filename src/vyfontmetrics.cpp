@@ -147,10 +147,12 @@ int VyFontMetrics::nextWordSize(unsigned short* s, int n, void* glyphs, bool rtl
     }
     if (vyIsIdeographic(s[0]) || vyIsNewline(s[0]))
         return g[0]->advance + letterSpacing;
-    for (int i = 0; i < n && !vyIsIdeographic(s[i]) && !vyIsNewline(s[i]) && !vyIsSpace(s[i]);
-         ++i) {
+    for (int i = 0; i < n; ++i) {
+        const unsigned short c = s[i];
+        if (vyIsNewline(c) || vyIsSpace(c) || vyIsIdeographic(c))
+            break;
         int w = g[i]->advance;
-        if (vyIsThai(s[i])) {
+        if (vyIsThai(c)) {
             int tone = 0, upper = 0, lower = 0;
             VyFontEngine::displayThaiFont(s + i, &tone, &upper, &lower);
             const int offsets[3] = {upper, tone, lower};

@@ -4,60 +4,59 @@
 
 #include "vytextunits.h"
 
+#include <algorithm>
+
 namespace
 {
 
-// The line being built and the pen, over a copy of the engine's glyphs.
+using Glyphs = VyVector<GlyphBitmap const*>;
+
+// The line being built and the pen, over a copy of the engine's glyphs. A line's text is
+// always a run of consecutive units of the text, from `start` up to the unit being placed, so
+// it is cut out once when the line closes instead of growing unit by unit.
 class LineBuilder
 {
 public:
     LineBuilder(VyFontMetrics& m, int pitch) : m(m), g(m.engine->glyphs), pitch(pitch) {}
 
     int advance(int i) const { return g.at(i)->advance; }
-    // Unit i of the text and glyph k of the engine onto the line; `x` is left to the caller.
-    void place(int i, int k)
+    // The glyphs start to end - 1, in text order.
+    Glyphs range(int end) const
     {
-        text.insert(text.size(), m.text.at(i));
-        glyphs.append(g.at(k));
-    }
-    // Removes the newline just placed from the line text and the line glyphs.
-    void dropNewline()
-    {
-        text.chop(1);
-        glyphs.removeLast();
+        Glyphs out(end - start);
+        std::copy(g.constData() + start, g.constData() + end, out.data());
+        return out;
     }
 
-    // Closes the line at the end of the results; `widening` is added to the width of a bold
-    // text's rectangle.
-    void closeAppended(int widening)
+    // Closes the line of units start to end - 1, `x` pixels wide, at the end of the results,
+    // with `glyphs`; `widening` is added to the width of a bold text's rectangle. The next line
+    // starts at `next`.
+    void closeAppended(int end, const Glyphs& glyphs, int x, int widening, int next)
     {
-        m.lines.append(text);
+        m.lines.append(m.text.mid(start, end - start));
         m.lineGlyphs.append(glyphs);
         if (m.boldFace)
             x += widening;
         m.lineRectList.append(VyRect(0, y, x - 1, y + pitch - 1));
         y += pitch;
         m.paintList.append(PaintInfo{m.lineRectList.last(), glyphs});
-        text.clear();
-        glyphs = VyVector<GlyphBitmap const*>();
-        x = 0;
+        start = next;
     }
-    // Closes the line at the front of the texts, glyphs and rectangles, while its paint record
-    // goes at the end.
-    void closePrepended(int widening)
+    // Closes the line of units start to end - 1 at the front of the texts, glyphs and
+    // rectangles, while its paint record goes at the end.
+    void closePrepended(int end, int x, int widening, int next)
     {
-        m.lines.prepend(text);
-        m.lineGlyphs.prepend(glyphs);
+        m.lines.prepend(m.text.mid(start, end - start));
+        m.lineGlyphs.prepend(placed);
         if (m.boldFace)
             x += widening;
         m.lineRectList.prepend(VyRect(0, y, x - 1, y + pitch - 1));
         y += pitch;
-        m.paintList.append(PaintInfo{m.lineRectList.first(), glyphs});
-        text.clear();
-        // Kept: the line glyphs are not cleared, so every right-to-left line carries all the
-        // glyphs placed since the start of the text. The framework's painter draws
-        // right-to-left records from their end and depends on this accumulation.
-        x = 0;
+        m.paintList.append(PaintInfo{m.lineRectList.first(), placed});
+        start = next;
+        // Kept: `placed` is not cleared, so every right-to-left line carries all the glyphs
+        // placed since the start of the text. The framework's painter draws right-to-left
+        // records from their end and depends on this accumulation.
     }
 
     // Width of the word that starts (rtl false) or ends (rtl true) at unit i of n.
@@ -69,45 +68,57 @@ public:
     }
 
     VyFontMetrics& m;
-    const VyVector<GlyphBitmap const*> g;
+    const Glyphs g;
     const int pitch;
-    VyString text;
-    VyVector<GlyphBitmap const*> glyphs;
-    int x = 0;
+    // First unit of the line being built.
+    int start = 0;
+    // Right to left only: the glyphs placed so far.
+    Glyphs placed;
     int y = 0;
 };
 
 void divideLeftToRight(VyFontMetrics& m, LineBuilder& b)
 {
-    const VyString& text = m.text;
-    const int n = text.size();
+    const int n = m.text.size();
+    // One glyph per unit: the last index is checked once, then the loop reads both arrays
+    // directly. Thai marks, whose offsets can point past a cell, are read checked.
+    b.g.at(n - 1);
+    const VyUcs2* t = m.text.unicode();
+    const GlyphBitmap* const* g = b.g.constData();
     const int ls = m.letterSpacing;
     const int W = m.maxWidth;
+    const bool wrap = m.wordWrap;
+    int x = 0;
     int e = 0;
     for (int i = 0; i < n; i = e + 1) {
-        const unsigned short c = text.at(i);
+        const VyUcs2 c = t[i];
+        const int advance = g[i]->advance;
         if (vyIsIdeographic(c)) {
-            if (m.wordWrap && !b.text.isEmpty() && b.x + ls + b.advance(i) > W)
-                b.closeAppended(b.advance(i) / 2);
-            b.place(i, i);
-            b.x += b.advance(i) + ls;
+            if (wrap && i > b.start && x + ls + advance > W) {
+                b.closeAppended(i, b.range(i), x, advance / 2, i);
+                x = 0;
+            }
+            x += advance + ls;
             e = i;
             // Kept: no letter spacing in this comparison, unlike the two others; the
             // framework's CJK line lengths were tuned with it.
-            if (m.wordWrap && !b.text.isEmpty() && i + 1 < n && !vyIsIdeographic(text.at(i + 1)) &&
-                b.x + b.wordSize(i + 1, n - i - 1, false) > W)
-                b.closeAppended(b.advance(i) / 2);
+            if (wrap && i + 1 < n && !vyIsIdeographic(t[i + 1]) &&
+                x + b.wordSize(i + 1, n - i - 1, false) > W) {
+                b.closeAppended(i + 1, b.range(i + 1), x, advance / 2, i + 1);
+                x = 0;
+            }
         } else {
             // The space stays at the end of the line it ends.
-            if (i > 0 && vyIsSpace(text.at(i - 1)) && m.wordWrap && !b.text.isEmpty() &&
-                b.x + ls + b.wordSize(i, n - i, false) > W)
-                b.closeAppended(b.advance(i) / 2);
+            if (wrap && i > b.start && vyIsSpace(t[i - 1]) &&
+                x + ls + b.wordSize(i, n - i, false) > W) {
+                b.closeAppended(i, b.range(i), x, advance / 2, i);
+                x = 0;
+            }
+            int w = advance;
+            e = i;
             if (vyIsThai(c)) {
                 int tone = 0, upper = 0, lower = 0;
-                VyFontEngine::displayThaiFont(text.unicode() + i, &tone, &upper, &lower);
-                int w = b.advance(i);
-                b.place(i, i);
-                e = i;
+                VyFontEngine::displayThaiFont(t + i, &tone, &upper, &lower);
                 // Kept: each mark is compared at its offset from the consonant but taken at
                 // its offset from the running end of the cell. Thai line widths were tuned
                 // against this mix.
@@ -116,25 +127,24 @@ void divideLeftToRight(VyFontMetrics& m, LineBuilder& b)
                     const int offset = marks[mark];
                     if (!offset)
                         continue;
-                    b.place(e + 1, e + 1);
                     if (b.advance(i + offset) > w)
                         w = mark == 0 ? b.advance(i + offset) : b.advance(e + offset);
                     e += 1;
                 }
-                b.x += ls + w;
-            } else {
-                b.place(i, i);
-                b.x += ls + b.advance(i);
-                e = i;
             }
+            x += ls + w;
         }
-        if (vyIsNewline(text.at(e))) {
-            b.dropNewline();
-            // The newline's letter spacing stays in the width.
-            b.x -= b.advance(e);
-            b.closeAppended(e > 0 ? int(uint(b.g.at(e - 1)->width) >> 1) : 0);
+        if (vyIsNewline(t[e])) {
+            // The newline leaves the line's text and glyphs; its letter spacing stays in the
+            // width.
+            x -= g[e]->advance;
+            b.closeAppended(e, b.range(e), x, e > 0 ? int(uint(g[e - 1]->width) >> 1) : 0, e + 1);
+            x = 0;
         }
     }
+    // Kept: a bold text's last line is widened by half the advance of the text's last glyph.
+    if (b.start < n)
+        b.closeAppended(n, b.range(n), x, g[n - 1]->advance / 2, n);
 }
 
 // Kept: `text` is in logical order while the glyphs are in visual order, and this pass mixes
@@ -145,19 +155,29 @@ void divideRightToLeft(VyFontMetrics& m, LineBuilder& b)
     const VyString& text = m.text;
     const int n = text.size();
     const int ls = m.letterSpacing;
+    int x = 0;
     for (int j = 0; j < n; ++j) {
         const int k = n - 1 - j;
-        if (m.wordWrap && !b.text.isEmpty() && k >= 1 && vyIsSpace(text.at(k - 1)) &&
-            b.x + ls + b.wordSize(j + 1, k - 1, true) > m.maxWidth)
-            b.closePrepended(b.advance(k));
-        b.place(j, j);
-        b.x += ls + b.advance(k);
+        if (m.wordWrap && j > b.start && k >= 1 && vyIsSpace(text.at(k - 1)) &&
+            x + ls + b.wordSize(j + 1, k - 1, true) > m.maxWidth) {
+            b.closePrepended(j, x, b.advance(k), j);
+            x = 0;
+        }
+        b.placed.append(b.g.at(j));
+        x += ls + b.advance(k);
         if (vyIsNewline(text.at(k))) {
-            // Kept: the newline's advance stays in the width in this direction.
-            b.dropNewline();
-            b.closePrepended(b.advance(k));
+            // Kept: the newline's advance stays in the width in this direction, and the unit
+            // that leaves the line is the one just placed, whatever it is.
+            b.placed.removeLast();
+            b.closePrepended(j, x, b.advance(k), j + 1);
+            x = 0;
         }
     }
+    // Kept: the last line is appended after the prepended ones, with every glyph placed since
+    // the start, and a bold text widens it by half the advance of the last glyph of the whole
+    // text.
+    if (b.start < n)
+        b.closeAppended(n, b.placed, x, b.advance(n - 1) / 2, n);
 }
 
 } // namespace
@@ -168,19 +188,19 @@ int VyFontMetrics::divideText()
     layoutDirty = false;
     if (text.isEmpty())
         return -1;
+    // A new division of the same text (a new box, wrap turned on or off) usually gives about
+    // as many lines as the last one: room for that many records from the start.
+    const int previousLines = paintList.size();
     lines.clear();
     lineRectList.clear();
     lineGlyphs = VyVector<VyVector<GlyphBitmap const*>>();
+    lineGlyphs.reserve(previousLines);
     paintList = VyVector<PaintInfo>();
+    paintList.reserve(previousLines);
     if (engine->rtl)
         divideRightToLeft(*this, b);
     else
         divideLeftToRight(*this, b);
-    // Kept: the final line is appended in both directions, so a right-to-left text's last line
-    // follows the earlier, prepended ones; and a bold text widens it by half the advance of
-    // the text's last glyph, whichever line that glyph is on.
-    if (!b.text.isEmpty())
-        b.closeAppended(b.advance(b.g.size() - 1) / 2);
     return 0;
 }
 

@@ -7,8 +7,9 @@
 // break opportunity of its own. Hiragana and the other ideograph blocks behave like letters.
 inline bool vyIsIdeographic(unsigned short c)
 {
-    return (c >= 0x30A0 && c <= 0x30FF) || (c >= 0x4E00 && c <= 0x9FCF) ||
-           (c >= 0xAC00 && c <= 0xD7AF);
+    // Most text lies below the first block: one comparison decides it.
+    return c >= 0x30A0 &&
+           ((c <= 0x30FF) || (c >= 0x4E00 && c <= 0x9FCF) || (c >= 0xAC00 && c <= 0xD7AF));
 }
 
 inline bool vyIsThai(unsigned short c)
