@@ -24,8 +24,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <memory>
-
 namespace
 {
 
@@ -114,7 +112,8 @@ bool fontOpens(const std::string& path)
 
 bool checkFont(const std::string& path, const VyTextOptions& o)
 {
-    const char* from = !o.font.empty() ? "" : getenv("VY_FONTLIB") ? " (from VY_FONTLIB)" : "";
+    const char* env = getenv("VY_FONTLIB");
+    const char* from = o.font.empty() && env && *env ? " (from VY_FONTLIB)" : "";
     struct stat st;
     if (stat(path.c_str(), &st) != 0) {
         fail("cannot open font %s%s: %s", path.c_str(), from, strerror(errno));
