@@ -28,7 +28,8 @@
 //
 // fromString reads the text with the same tokens: the two-letter tokens take exactly two
 // digits, zzz exactly three, yyyy an optional "-" and exactly four, the single letters one or
-// two digits (z one to three), the AM/PM tokens their two letters in either case. Parts the
+// two digits (z one to three), the AM/PM tokens their two letters in either case; beside an
+// AM/PM token, h and hh read 1 to 12. When a field is named twice the last one counts. Parts the
 // format does not name default to year 1970, month 1, day 1 and 00:00:00.000. Text that does
 // not match the format, is longer than it, an empty format or numbers out of range give the
 // null value.
