@@ -16,6 +16,17 @@ bool isLocal(int spec)
     return spec < VyDateTimePrivate::UTC;
 }
 
+// Two values brought to UTC, for comparing and measuring.
+struct InUtc {
+    VyDate date, otherDate;
+    VyTime time, otherTime;
+    InUtc(const VyDateTimePrivate& a, const VyDateTimePrivate& b)
+    {
+        a.getUTC(date, time);
+        b.getUTC(otherDate, otherTime);
+    }
+};
+
 } // namespace
 
 VyDateTime::VyDateTime() : d(new VyDateTimePrivate) {}
@@ -175,20 +186,14 @@ int VyDateTime::daysTo(const VyDateTime& other) const
 
 int VyDateTime::secsTo(const VyDateTime& other) const
 {
-    VyDate date, otherDate;
-    VyTime time, otherTime;
-    d->getUTC(date, time);
-    other.d->getUTC(otherDate, otherTime);
-    return int(date.daysTo(otherDate) * 86400LL + time.secsTo(otherTime));
+    const InUtc u(*d, *other.d);
+    return int(u.date.daysTo(u.otherDate) * 86400LL + u.time.secsTo(u.otherTime));
 }
 
 long long VyDateTime::msecsTo(const VyDateTime& other) const
 {
-    VyDate date, otherDate;
-    VyTime time, otherTime;
-    d->getUTC(date, time);
-    other.d->getUTC(otherDate, otherTime);
-    return date.daysTo(otherDate) * msecsPerDay + time.msecsTo(otherTime);
+    const InUtc u(*d, *other.d);
+    return u.date.daysTo(u.otherDate) * msecsPerDay + u.time.msecsTo(u.otherTime);
 }
 
 VyDateTime VyDateTime::toTimeSpec(Vy::TimeSpec spec) const
@@ -209,22 +214,16 @@ bool VyDateTime::operator==(const VyDateTime& other) const
 {
     if (d->spec == other.d->spec && d->utcOffset == other.d->utcOffset)
         return d->time == other.d->time && d->date == other.d->date;
-    VyDate date, otherDate;
-    VyTime time, otherTime;
-    d->getUTC(date, time);
-    other.d->getUTC(otherDate, otherTime);
-    return time == otherTime && date == otherDate;
+    const InUtc u(*d, *other.d);
+    return u.time == u.otherTime && u.date == u.otherDate;
 }
 
 bool VyDateTime::operator<(const VyDateTime& other) const
 {
-    VyDate date = d->date, otherDate = other.d->date;
-    VyTime time = d->time, otherTime = other.d->time;
-    if (d->spec != other.d->spec || d->spec == VyDateTimePrivate::OffsetFromUTC) {
-        d->getUTC(date, time);
-        other.d->getUTC(otherDate, otherTime);
-    }
-    return date != otherDate ? date < otherDate : time < otherTime;
+    if (d->spec == other.d->spec && d->spec != VyDateTimePrivate::OffsetFromUTC)
+        return d->date != other.d->date ? d->date < other.d->date : d->time < other.d->time;
+    const InUtc u(*d, *other.d);
+    return u.date != u.otherDate ? u.date < u.otherDate : u.time < u.otherTime;
 }
 
 VyDateTime VyDateTime::currentDateTime()

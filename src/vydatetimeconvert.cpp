@@ -9,6 +9,7 @@ namespace
 {
 
 const long long msecsPerDay = 86400000;
+
 // date + days for any count of days; the null date outside the day number range.
 VyDate addManyDays(VyDate date, long long days)
 {
