@@ -99,10 +99,10 @@ bool parseBox(const char* s, VyTextOptions& o, std::string& error)
     return false;
 }
 
-bool parseAlignment(const std::string& spec, int& flags)
+bool parseAlignment(const std::string& text, int& flags)
 {
     long v;
-    if (parseNumber(spec.c_str(), 0, 0x77, v, true)) {
+    if (parseNumber(text.c_str(), 0, 0x77, v, true)) {
         if (v & ~0x77L)
             return false;
         flags = int(v);
@@ -116,8 +116,8 @@ bool parseAlignment(const std::string& spec, int& flags)
     int result = 0;
     size_t start = 0;
     while (true) {
-        const size_t comma = spec.find(',', start);
-        const std::string name = spec.substr(start, comma - start);
+        const size_t comma = text.find(',', start);
+        const std::string name = text.substr(start, comma - start);
         int found = -1;
         for (const auto& n : names)
             if (name == n.name)
@@ -245,7 +245,7 @@ line division, paint records) and prints the lines, optionally painting them int
   --size N             pixel size, 1 to 255 (default 16)
   --box X,Y,W,H        the text box (setTextMinRect); W is also the wrap width
   --wrap               word wrap on
-  --align SPEC         left, right, hcenter, top, bottom, vcenter, center joined by commas,
+  --align FLAGS        left, right, hcenter, top, bottom, vcenter, center joined by commas,
                        or the numeric flags (0x01 left ... 0x40 vcenter); default 0x44
   --line-spacing N     pixels between lines (-1000 to 1000, default 0)
   --letter-spacing N   pixels after every character cell (-1000 to 1000, default 0)

@@ -250,7 +250,7 @@ void checkVerticalMetrics(const Json& j)
 TEST_F(Vytext, WrappedWordsArePlacedInTheBoxByEveryAlignment)
 {
     struct Align {
-        const char* spec;
+        const char* flags;
         int stored;
     };
     const Align aligns[] = {{"left,top", 0x11}, {"right,bottom", 0x22}, {"center", 0x44},
@@ -258,16 +258,17 @@ TEST_F(Vytext, WrappedWordsArePlacedInTheBoxByEveryAlignment)
     for (const int size : {16, 32})
         for (const int ls : {0, 2})
             for (const Align& a : aligns) {
-                SCOPED_TRACE(std::string(a.spec) + " size " + std::to_string(size) + " ls " +
+                SCOPED_TRACE(std::string(a.flags) + " size " + std::to_string(size) + " ls " +
                              std::to_string(ls));
                 // Cells of half-width letters; ten of them fill the box exactly, so the third
                 // word wraps.
                 const int cell = size / 2 + ls;
                 const int boxW = 10 * cell, boxH = 200;
-                const Json j = layout({"--size", std::to_string(size), "--letter-spacing",
-                                       std::to_string(ls), "--line-spacing", "3", "--wrap", "--box",
-                                       "10,20," + std::to_string(boxW) + ",200", "--align", a.spec},
-                                      "aaaa bbbb cccc");
+                const Json j =
+                    layout({"--size", std::to_string(size), "--letter-spacing", std::to_string(ls),
+                            "--line-spacing", "3", "--wrap", "--box",
+                            "10,20," + std::to_string(boxW) + ",200", "--align", a.flags},
+                           "aaaa bbbb cccc");
                 checkVerticalMetrics(j);
                 const int pitch = j["pitch"].n();
                 EXPECT_EQ(j["alignment"].n(), a.stored);
