@@ -186,16 +186,19 @@ TEST_F(MeasuringTest, LineHeightAndCacheForwards)
 {
     const GlyphBitmap* a = vyPutGlyph('a', kPlain, 5);
     vyPutGlyph('T', kPlain, 5, 2, 20, 5);
-    VyFontMetrics m(VyString("aT"), kPlain, 0, 0);
-    EXPECT_EQ(m.textPixelSize(), 34); // 25 * 1.36
-    EXPECT_EQ(VyFontMetrics::textPixelSize(VyString("a"), kPlain), 19);
-    EXPECT_EQ(a->refCount, 1); // the temporary engine gave its hold back
+    {
+        VyFontMetrics m(VyString("aT"), kPlain, 0, 0);
+        EXPECT_EQ(m.textPixelSize(), 34); // 25 * 1.36
+        EXPECT_EQ(VyFontMetrics::textPixelSize(VyString("a"), kPlain), 19);
+        EXPECT_EQ(a->refCount, 1); // the temporary engine gave its hold back
 
-    // A purge frees the pixels of unheld glyphs only.
-    const GlyphBitmap* b = vyPutGlyph('b', kPlain, 5);
-    VyFontMetrics::clearFontCache();
-    EXPECT_NE(a->buffer, nullptr);
-    EXPECT_EQ(b->buffer, nullptr);
+        // A purge frees the pixels of unheld glyphs only.
+        const GlyphBitmap* b = vyPutGlyph('b', kPlain, 5);
+        VyFontMetrics::clearFontCache();
+        EXPECT_NE(a->buffer, nullptr);
+        EXPECT_EQ(b->buffer, nullptr);
+    }
+    // Glyph holders must be gone before the font file changes.
 
     VyFontMetrics::setFontFile(VyString(UNIFONT), 1234);
     EXPECT_EQ(VyFontCache::instance()->limit, 1234);
