@@ -32,13 +32,20 @@ TextLayout readLayout(VyFontMetrics& m)
 
     // The leading beyond the glyphs' extent is split, the smaller half above the text.
     const int above = (t.lineHeight - t.ascent - t.descent) / 2 + t.ascent;
+    size_t previous = 0;
     for (const PaintInfo& p : records) {
-        PlacedRecord r{p.rect, p.rect.y2 - t.pitch + 1 + above, {}};
-        int pen = p.rect.x1;
+        const size_t count = size_t(p.glyphs.size());
+        PlacedRecord r{
+            p.rect, p.rect.y2 - t.pitch + 1 + above, t.rtl ? std::min(previous, count) : 0, {}};
+        // 64-bit sums: a long run of glyphs left of the box must not wrap.
+        long long pen = p.rect.x1;
+        for (size_t k = r.own; k-- > 0;)
+            pen -= p.glyphs.at(int(k))->advance + t.letterSpacing;
         for (const GlyphBitmap* g : p.glyphs) {
             r.glyphs.push_back({g, pen});
             pen += g->advance + t.letterSpacing;
         }
+        previous = count;
         t.records.push_back(std::move(r));
     }
     return t;
@@ -80,15 +87,16 @@ bool paintLayout(const TextLayout& layout, int x, int y, int width, int height,
 {
     long long work = 0;
     for (const PlacedRecord& r : layout.records)
-        for (const PlacedGlyph& p : r.glyphs) {
-            const Clip c = clip(r, p, x, y, width, height);
+        for (size_t k = r.own; k < r.glyphs.size(); ++k) {
+            const Clip c = clip(r, r.glyphs[k], x, y, width, height);
             work += (long long)(c.c1 - c.c0) * (c.r1 - c.r0);
         }
     if (work > MaxPaintedPixels)
         return false;
     pixels.assign(size_t(width) * size_t(height), 255);
     for (const PlacedRecord& r : layout.records)
-        for (const PlacedGlyph& p : r.glyphs) {
+        for (size_t k = r.own; k < r.glyphs.size(); ++k) {
+            const PlacedGlyph& p = r.glyphs[k];
             const Clip c = clip(r, p, x, y, width, height);
             for (int row = c.r0; row < c.r1; ++row) {
                 const unsigned char* src = p.glyph->buffer + size_t(row) * p.glyph->pitch;

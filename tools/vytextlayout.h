@@ -11,12 +11,17 @@
 // One glyph of a record and the pen position it is drawn from.
 struct PlacedGlyph {
     const GlyphBitmap* glyph;
-    int pen;
+    long long pen;
 };
 
 struct PlacedRecord {
     VyRect rect;
     int baseline;
+    // The first of the record's own glyphs, the ones painted. A right-to-left record carries
+    // every glyph placed since the start of the text; its own are those beyond the previous
+    // record's. A left-to-right record owns all of its glyphs (0).
+    size_t own;
+    // Pens run from x1 at the first own glyph; the glyphs before it lie left of x1.
     std::vector<PlacedGlyph> glyphs;
 };
 

@@ -269,7 +269,8 @@ smaller half above: baseline = top + (line height - A - D) / 2 + A. Each glyph's
 is placed `left` columns right of the pen and `top` rows above the baseline; the pen
 starts at x1 and moves by advance + letter spacing per glyph. Everything is clipped to
 the image. Right-to-left records hold every glyph placed since the start of the text, as
-the library builds them; they are painted as they are.
+the library builds them; a record's own glyphs are those beyond the previous record's, and
+only those are painted, the pen starting at x1 with the first of them.
 
 Exit status: 0 on success, 1 on an error (one line on standard error), 2 on a bad
 command line.

@@ -57,9 +57,9 @@ void printDump(FILE* out, const TextLayout& t, int fontSize)
         const PlacedRecord& r = t.records[i];
         fprintf(out, "record %zu: ", i);
         printRect(out, "%d %d %d %d", r.rect);
-        fprintf(out, " baseline %d, %zu glyphs:", r.baseline, r.glyphs.size());
+        fprintf(out, " baseline %d, %zu glyphs from %zu:", r.baseline, r.glyphs.size(), r.own);
         for (const PlacedGlyph& g : r.glyphs)
-            fprintf(out, " U+%04X@%d", g.glyph->unicode, g.pen);
+            fprintf(out, " U+%04X@%lld", g.glyph->unicode, g.pen);
         fputc('\n', out);
     }
 }
@@ -85,11 +85,11 @@ void printJson(FILE* out, const TextLayout& t, int fontSize)
         const PlacedRecord& r = t.records[i];
         fprintf(out, "%s\n  {", i ? "," : "");
         printRect(out, "\"rect\": [%d, %d, %d, %d], ", r.rect);
-        fprintf(out, "\"baseline\": %d, \"glyphs\": [", r.baseline);
+        fprintf(out, "\"baseline\": %d, \"own\": %zu, \"glyphs\": [", r.baseline, r.own);
         for (size_t k = 0; k < r.glyphs.size(); ++k) {
             const GlyphBitmap* g = r.glyphs[k].glyph;
             fprintf(out,
-                    "%s{\"unit\": %u, \"pen\": %d, \"advance\": %d, \"left\": %d, \"top\": %d, "
+                    "%s{\"unit\": %u, \"pen\": %lld, \"advance\": %d, \"left\": %d, \"top\": %d, "
                     "\"width\": %u, \"rows\": %u}",
                     k ? ", " : "", unsigned(g->unicode), r.glyphs[k].pen, g->advance, g->left,
                     g->top, unsigned(g->width), unsigned(g->rows));

@@ -332,6 +332,9 @@ TEST_F(Vytext, RightToLeftRecordsCarryEveryEarlierGlyph)
         ASSERT_EQ(glyphs.items.size(), 2 * (i + 1));
         for (size_t k = 0; i > 0 && k < 2 * i; ++k)
             EXPECT_EQ(glyphs[k]["unit"].n(), j["records"][i - 1]["glyphs"][k]["unit"].n());
+        // Only the glyphs beyond the previous record's are the record's own, painted from x1.
+        EXPECT_EQ(j["records"][i]["own"].n(), int(2 * i));
+        EXPECT_EQ(glyphs[2 * i]["pen"].n(), j["records"][i]["rect"][0].n());
     }
 }
 
@@ -358,18 +361,19 @@ TEST_F(Vytext, LinesDumpAndJsonAgree)
     std::string row;
     size_t lines = 0, records = 0;
     while (std::getline(rows, row)) {
-        int i, x1, y1, x2, y2, baseline, count, used = 0;
+        int i, x1, y1, x2, y2, baseline, count, own, used = 0;
         if (sscanf(row.c_str(), "line %d: %d %d %d %d %n", &i, &x1, &y1, &x2, &y2, &used) == 5) {
             const Json& l = j["lines"][size_t(i)];
             EXPECT_EQ(l["rect"].ints(), (std::vector<int>{x1, y1, x2, y2}));
             EXPECT_EQ(parseJson(row.substr(size_t(used))).text, l["text"].text);
             ++lines;
-        } else if (sscanf(row.c_str(), "record %d: %d %d %d %d baseline %d, %d glyphs", &i, &x1,
-                          &y1, &x2, &y2, &baseline, &count) == 7) {
+        } else if (sscanf(row.c_str(), "record %d: %d %d %d %d baseline %d, %d glyphs from %d", &i,
+                          &x1, &y1, &x2, &y2, &baseline, &count, &own) == 8) {
             const Json& r = j["records"][size_t(i)];
             EXPECT_EQ(r["rect"].ints(), (std::vector<int>{x1, y1, x2, y2}));
             EXPECT_EQ(r["baseline"].n(), baseline);
             EXPECT_EQ(r["glyphs"].items.size(), size_t(count));
+            EXPECT_EQ(r["own"].n(), own);
             ++records;
         }
     }
