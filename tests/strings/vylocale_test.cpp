@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <charconv>
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdio>
@@ -12,6 +12,7 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -51,6 +52,29 @@ VyString dbl(double v, int precision, VyLocale::DoubleForm form, int width, unsi
     return VyLocale::doubleToString('0', '+', '-', 'e', ',', '.', v, precision, form, width, flags);
 }
 
+// Random printf flags: the library's bits and the matching C format so far ("%" and flags).
+std::string randomFlags(std::mt19937_64& rng, unsigned* flags)
+{
+    const unsigned bits[] = {VyLocale::AlternateForm, VyLocale::ZeroPad, VyLocale::LeftJustify,
+                             VyLocale::BlankSign, VyLocale::PlusSign};
+    std::string format = "%";
+    *flags = 0;
+    for (int k = 0; k < 5; ++k) {
+        if (rng() % 3 == 0) {
+            *flags |= bits[k];
+            format += "#0- +"[k];
+        }
+    }
+    return format;
+}
+
+// The library never pads with spaces; the caller does, as C would.
+std::string padded(std::string s, int width, unsigned flags)
+{
+    const size_t pad = size_t(std::max(width - int(s.size()), 0));
+    return (flags & VyLocale::LeftJustify) ? s + std::string(pad, ' ') : std::string(pad, ' ') + s;
+}
+
 std::string cBytes(const char* text, VyLocale::GroupSeparatorMode mode, bool* ok)
 {
     VyVector<char> out;
@@ -60,26 +84,22 @@ std::string cBytes(const char* text, VyLocale::GroupSeparatorMode mode, bool* ok
 
 } // namespace
 
-TEST(VyLocale, SymbolsStartAsTheCLocale)
-{
-    EXPECT_EQ(VyLocale::mDecimal, '.');
-    EXPECT_EQ(VyLocale::mGroupSeparator, ',');
-    EXPECT_EQ(VyLocale::mNegativeSign, '-');
-    EXPECT_EQ(VyLocale::mPositiveSign, '+');
-    EXPECT_EQ(VyLocale::mPercentSign, '%');
-    EXPECT_EQ(VyLocale::mZeroDigit, '0');
-    EXPECT_EQ(VyLocale::mExponential, 'e');
-    EXPECT_EQ(VyLocale::mListSign, ';');
-    EXPECT_EQ(VyLocale::mNumberOptions, 0);
-}
-
-TEST(VyLocale, DigitsAndSymbolsInTheByteForm)
+TEST(VyLocale, SymbolsAndDigitsInTheByteForm)
 {
     SymbolsGuard guard;
+    EXPECT_EQ(std::vector<VyUcs2>(guard.saved, guard.saved + 8),
+              (std::vector<VyUcs2>{'.', ',', '-', '+', '%', '0', 'e', ';'})); // the C locale's
+    EXPECT_EQ(guard.options, 0);
     const unsigned short cases[][2] = {{'7', '7'}, {'+', '+'}, {'-', '-'}, {'.', '.'}, {',', ','},
                                        {'e', 'e'}, {'E', 'e'}, {' ', 0},   {'x', 0},   {0x0663, 0}};
     for (const auto& c : cases)
         EXPECT_EQ(VyLocale::digitToCLocale(c[0]), char(c[1])) << c[0];
+    bool ok;
+    EXPECT_EQ(cBytes("\t1E5;%X  ", VyLocale::RejectGroupSeparators, &ok), "1e5;%x");
+    for (const char* bad : {"42x!", "", "   ", "4 2", "1\xC3\xA9"}) {
+        cBytes(bad, VyLocale::RejectGroupSeparators, &ok);
+        EXPECT_FALSE(ok) << bad;
+    }
     VyLocale::mZeroDigit = 0x0660; // Arabic-Indic digits; ASCII digits still read
     VyLocale::mGroupSeparator = 0x00A0;
     EXPECT_EQ(VyLocale::digitToCLocale(0x0663), '3');
@@ -88,33 +108,22 @@ TEST(VyLocale, DigitsAndSymbolsInTheByteForm)
     EXPECT_EQ(VyLocale::digitToCLocale(0x00A0), ',');
     EXPECT_EQ(U8(VyString::number(-305)), "-\u0663\u0660\u0665");
     EXPECT_EQ(VyString("\u0664\u0662").toInt(), 42);
-}
-
-TEST(VyLocale, ByteFormTrimsAndRefusesGarbage)
-{
-    bool ok;
-    EXPECT_EQ(cBytes("  42  ", VyLocale::RejectGroupSeparators, &ok), "42");
+    // A no-break space separator: the text is trimmed first, then spaces read as separators.
+    EXPECT_EQ(VyLocale::stringToLongLong(VyString("  1 234\u00A0567 "), 10, &ok,
+                                         VyLocale::AcceptGroupSeparators),
+              1234567);
     EXPECT_TRUE(ok);
-    EXPECT_EQ(cBytes("\t1E5;%X", VyLocale::RejectGroupSeparators, &ok), "1e5;%x");
-    EXPECT_TRUE(ok);
-    for (const char* bad : {"42x!", "", "   ", "4 2", "1\xC3\xA9"}) {
-        cBytes(bad, VyLocale::RejectGroupSeparators, &ok);
-        EXPECT_FALSE(ok) << bad;
-    }
 }
 
 TEST(VyLocale, GroupSeparatorsAcceptedWhereTheyBelong)
 {
     bool ok;
     const char* good[][2] = {{"1,234", "1234"},   {"12,345.5", "12345.5"},  {"-123,456", "-123456"},
-                             {"+1,234", "+1234"}, {"1,234,567", "1234567"}, {"1,234e5", "1234e5"},
-                             {"123", "123"}};
+                             {"+1,234", "+1234"}, {"1,234,567", "1234567"}, {"1,234e5", "1234e5"}};
     for (const auto& g : good) {
         EXPECT_EQ(cBytes(g[0], VyLocale::AcceptGroupSeparators, &ok), g[1]) << g[0];
         EXPECT_TRUE(ok) << g[0];
     }
-    EXPECT_EQ(VyLocale::stringToDouble(VyString("12,345.5"), &ok, VyLocale::AcceptGroupSeparators),
-              12345.5);
     // Only a leading minus is excused where a separator is due, so "+123,456" fails.
     for (const char* bad : {",123", "1,23", "1,2345", "1234,567", "1,", "1,,234", "1.234,5",
                             "1e1,000", "1.2.3", "+123,456", "1,234.5.6"}) {
@@ -124,24 +133,12 @@ TEST(VyLocale, GroupSeparatorsAcceptedWhereTheyBelong)
     EXPECT_EQ(
         VyLocale::stringToLongLong(VyString("1,234"), 10, &ok, VyLocale::RejectGroupSeparators), 0);
     EXPECT_FALSE(ok);
-
     VyVector<char> bytes;
     EXPECT_TRUE(VyLocale::removeGroupSeparators(&bytes));
     for (char c : std::string("9,876")) // no terminator: the vector is read whole
         bytes.append(c);
     EXPECT_TRUE(VyLocale::removeGroupSeparators(&bytes));
     EXPECT_STREQ(bytes.constData(), "9876");
-}
-
-TEST(VyLocale, NoBreakSpaceSeparatorTrimsFirst)
-{
-    SymbolsGuard guard;
-    VyLocale::mGroupSeparator = 0x00A0;
-    bool ok;
-    EXPECT_EQ(VyLocale::stringToLongLong(VyString("  1 234\u00A0567 "), 10, &ok,
-                                         VyLocale::AcceptGroupSeparators),
-              1234567);
-    EXPECT_TRUE(ok);
 }
 
 TEST(VyLocale, ReadersFollowTheByteFormUnderAnySymbols)
@@ -189,9 +186,6 @@ TEST(VyLocale, IntegerFlagsBasesWidthsPrecisionsAgreeWithC)
 {
     // C's %d, %o, %x for the flags they share; a non-zero value keeps C's "0x" rules equal.
     std::mt19937_64 rng(5);
-    const unsigned cFlags[] = {VyLocale::AlternateForm, VyLocale::ZeroPad, VyLocale::LeftJustify,
-                               VyLocale::BlankSign, VyLocale::PlusSign};
-    const char cChars[] = "#0- +";
     for (int round = 0; round < 20000; ++round) {
         long long v = (long long)rng();
         if (round % 2)
@@ -201,27 +195,15 @@ TEST(VyLocale, IntegerFlagsBasesWidthsPrecisionsAgreeWithC)
         const int base = "\x08\x0a\x10"[round % 3];
         const int width = int(rng() % 24);
         const int precision = rng() % 3 == 0 ? int(rng() % 22) : -1;
-        unsigned flags = 0;
-        std::string format = "%";
-        for (int k = 0; k < 5; ++k) {
-            if (rng() % 3 == 0) {
-                flags |= cFlags[k];
-                format += cChars[k];
-            }
-        }
-        format += "*";
+        unsigned flags;
+        std::string format = randomFlags(rng, &flags) + "*";
         if (precision >= 0)
             format += "." + std::to_string(precision);
         format += base == 8 ? "llo" : base == 10 ? "lld" : "llx";
         char expected[128];
         snprintf(expected, sizeof expected, format.c_str(), width, v);
-        std::string got = U8(ll(v, precision, base, width, flags));
-        // The library never pads with spaces; the caller does.
-        const int pad = width - int(got.size());
-        if (pad > 0)
-            got = (flags & VyLocale::LeftJustify) ? got + std::string(pad, ' ')
-                                                  : std::string(pad, ' ') + got;
-        ASSERT_EQ(got, expected) << format << " " << v;
+        ASSERT_EQ(padded(U8(ll(v, precision, base, width, flags)), width, flags), expected)
+            << format << " " << v;
     }
 }
 
@@ -247,9 +229,6 @@ TEST(VyLocale, IntegerCasesOutsideC)
 TEST(VyLocale, DoublesInTheThreeFormsAgreeWithC)
 {
     std::mt19937_64 rng(9);
-    const unsigned cFlags[] = {VyLocale::AlternateForm, VyLocale::ZeroPad, VyLocale::LeftJustify,
-                               VyLocale::BlankSign, VyLocale::PlusSign};
-    const char cChars[] = "#0- +";
     const VyLocale::DoubleForm forms[] = {VyLocale::FormExponent, VyLocale::FormDecimal,
                                           VyLocale::FormGeneral};
     for (int round = 0; round < 20000; ++round) {
@@ -264,23 +243,13 @@ TEST(VyLocale, DoublesInTheThreeFormsAgreeWithC)
         const int form = round % 3;
         const int width = int(rng() % 30);
         const int precision = int(rng() % 19);
-        unsigned flags = 0;
-        std::string format = "%";
-        for (int k = 0; k < 5; ++k) {
-            if (rng() % 3 == 0) {
-                flags |= cFlags[k];
-                format += cChars[k];
-            }
-        }
-        format += "*." + std::to_string(precision) + "efg"[form];
+        unsigned flags;
+        const std::string format =
+            randomFlags(rng, &flags) + "*." + std::to_string(precision) + "efg"[form];
         std::string expected(400, '\0');
-        expected.resize(snprintf(&expected[0], expected.size(), format.c_str(), width, v));
-        std::string got = U8(dbl(v, precision, forms[form], width, flags));
-        const int pad = width - int(got.size());
-        if (pad > 0)
-            got = (flags & VyLocale::LeftJustify) ? got + std::string(pad, ' ')
-                                                  : std::string(pad, ' ') + got;
-        ASSERT_EQ(got, expected) << format << " " << v;
+        expected.resize(size_t(snprintf(&expected[0], expected.size(), format.c_str(), width, v)));
+        ASSERT_EQ(padded(U8(dbl(v, precision, forms[form], width, flags)), width, flags), expected)
+            << format << " " << v;
     }
 }
 
@@ -323,11 +292,8 @@ TEST(VyLocale, DtoaDigitsShortestAndFixed)
     } cases[] = {
         {0.1, 0, 0, "1", 0, 0},
         {-1234.5, 0, 0, "12345", 4, 1},
-        {0.125, 3, 2, "12", 0, 0},
         {0.375, 3, 2, "38", 0, 0}, // ties to even
-        {0.0004, 3, 2, "0", 1, 0},
         {-0.0, 2, 5, "0", 1, 1},
-        {123456, 2, 2, "12", 6, 0},
         {9.99, 2, 2, "1", 2, 0},
         {1e23, 0, 0, "1", 24, 0},
         {5e-324, 0, 0, "5", -323, 0},
@@ -376,7 +342,6 @@ TEST(VyLocale, StrtodIsCorrectlyRoundedAndBounded)
     EXPECT_FALSE(ok);
     EXPECT_STREQ(end, "x");
     EXPECT_TRUE(std::isnan(vystrtod("NaN", &end, &ok)) && ok);
-    EXPECT_EQ(vystrtod("+Infinity", &end, &ok), HUGE_VAL);
     for (const char* bad : {"", "+-1", ".", "e5", "x1", " 1"}) {
         EXPECT_EQ(vystrtod(bad, &end, &ok), 0.0);
         EXPECT_FALSE(ok) << bad;
@@ -398,11 +363,8 @@ TEST(VyLocale, StrtollLimitsBasesAndEnds)
     EXPECT_EQ(vystrtoll("-0x7fZ", &end, 0, &ok), -127);
     EXPECT_TRUE(ok);
     EXPECT_STREQ(end, "Z");
-    EXPECT_EQ(vystrtoll("017", &end, 0, &ok), 15);
-    EXPECT_EQ(vystrtoll("0x1F", &end, 16, &ok), 31);
+    EXPECT_EQ(vystrtoll("017", &end, 0, &ok) + vystrtoll("0x1F", &end, 16, &ok), 15 + 31);
     EXPECT_EQ(vystrtoll("zz", &end, 36, &ok), 35 * 36 + 35);
-    EXPECT_EQ(vystrtoull("18446744073709551615", &end, 10, &ok), ULLONG_MAX);
-    EXPECT_TRUE(ok);
     EXPECT_EQ(vystrtoull("18446744073709551616", &end, 10, &ok), ULLONG_MAX);
     EXPECT_FALSE(ok);
     for (const char* bad : {"-1", "", "+", "--1", " 1", "0x"}) {
@@ -418,6 +380,4 @@ TEST(VyLocale, StrtollLimitsBasesAndEnds)
     EXPECT_TRUE(!ok && !overflow);
     EXPECT_EQ(VyLocale::bytearrayToDouble("1e999", &ok, &overflow), 0.0);
     EXPECT_TRUE(!ok && overflow);
-    EXPECT_EQ(VyLocale::bytearrayToUnsLongLong("777", 8, &ok), 511u);
-    EXPECT_TRUE(ok);
 }
