@@ -328,7 +328,9 @@ template <typename T> void VyList<T>::node_copy(Node* from, Node* to, Node* src)
 
 template <typename T> void VyList<T>::release(VyListData::Data* x)
 {
-    if (x->ref.fetch_sub(1, std::memory_order_acq_rel) == 1)
+    // The empty list's static block never reaches zero; the second test says so to the
+    // optimiser, which otherwise warns of a free of a static object after inlining.
+    if (x->ref.fetch_sub(1, std::memory_order_acq_rel) == 1 && x != &VyListData::shared_null)
         freeData(x);
 }
 
