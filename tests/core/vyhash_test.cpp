@@ -249,7 +249,7 @@ TEST(VyHashTest, NonPrimeBucketCountsUsedAsTheyStand_Kept)
     EXPECT_EQ(composite, (std::vector<int>{13, 14, 17, 21, 22, 23, 24, 25, 27, 28, 29, 30}));
     EXPECT_EQ(VyHashData::bucketCountForBits(27), 1 << 27);
 
-    // Multiples of a factor of the count crowd into a fraction of the buckets and still work.
+    // Multiples of a factor of the count crowd into a fraction of the buckets, each in place.
     const int cases[][3] = {{8201, 13, 59}, {16409, 14, 61}, {131093, 17, 337}};
     for (const auto& c : cases) {
         VyHash<int, int> h;
