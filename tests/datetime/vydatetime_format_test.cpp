@@ -29,18 +29,16 @@ TEST_F(DateTimeFormatTest, EveryTokenPrinted)
     EXPECT_EQ(text(dt.toString("d dd M MM yyyy h hh H HH m mm s ss z zzz AP ap A a")),
               "7 07 3 03 2004 3 03 15 15 4 04 5 05 6 006 PM pm PM pm");
     EXPECT_EQ(text(dt.toString("h:mm, yy yyyyy zz")), "15:04, yy 2004y 66");
-    const VyTime midnight(0, 5), noon(12, 5);
-    EXPECT_EQ(text(midnight.toString("hh:mm AP|HH")), "12:05 AM|00");
-    EXPECT_EQ(text(noon.toString("h ap")), "12 pm");
+    EXPECT_EQ(text(VyTime(0, 5).toString("hh:mm AP|HH")), "12:05 AM|00");
+    EXPECT_EQ(text(VyTime(12, 5).toString("h ap")), "12 pm");
     EXPECT_EQ(text(VyTime(23, 0).toString("h a")), "11 pm");
     EXPECT_EQ(text(VyDate(-44, 3, 15, Vy::Gregorian).toString("yyyy-MM-dd")), "-0044-03-15");
     EXPECT_EQ(text(VyDate(12345, 1, 2, Vy::Gregorian).toString("yyyy")), "12345");
     // Tokens of the part a class does not hold are text.
     EXPECT_EQ(text(VyDate(2004, 3, 7, Vy::Gregorian).toString("d hh:mm ap")), "7 hh:mm ap");
     EXPECT_EQ(text(VyTime(9, 8).toString("yyyy-MM-dd H")), "yyyy-MM-dd 9");
-    EXPECT_TRUE(VyDate().toString("yyyy").isEmpty());
-    EXPECT_TRUE(VyTime().toString("hh").isEmpty());
-    EXPECT_TRUE(VyDateTime().toString("hh").isEmpty());
+    EXPECT_TRUE(VyDate().toString("yyyy").isEmpty() && VyTime().toString("hh").isEmpty() &&
+                VyDateTime().toString("hh").isEmpty());
 
     VyDate::setDateMode(Vy::Persian);
     EXPECT_EQ(text(VyDate(2024, 3, 20, Vy::Gregorian).toString("yyyy/MM/dd d M")),
@@ -69,32 +67,22 @@ TEST_F(DateTimeFormatTest, EveryTokenParsed)
 
 TEST_F(DateTimeFormatTest, MismatchGivesNull)
 {
-    const char* const dates[][2] = {
-        {"2004-13-01", "yyyy-MM-dd"},
-        {"2004-02-30", "yyyy-MM-dd"},
-        {"2004-1-01", "yyyy-MM-dd"},
-        {"2004-01-01x", "yyyy-MM-dd"},
-        {"2004-01-0", "yyyy-MM-dd"},
-        {"", "yyyy"},
-        {"2004", ""},
-        {"", ""},
-        {"0000", "yyyy"},
-        {"1582-10-10", "yyyy-MM-dd"},
-        {"-4713-01-01", "yyyy-MM-dd"},
-        {"12345", "yyyy"},
-        {"2004+01", "yyyy-MM"},
-        {"abc", "abd"},
+    for (const char* t : {"2004-13-01", "2004-02-30", "2004-1-01", "2004-01-01x", "2004-01-0",
+                          "1582-10-10", "-4713-01-01", "2004+01-01", "0000-01-01", ""}) {
+        EXPECT_TRUE(VyDate::fromString(t, "yyyy-MM-dd").isNull()) << t;
+    }
+    for (const char* t : {"24:00", "0:00 AM", "13:00 PM", "1:00 XM", "1:00 A", "1:60", "1:2"}) {
+        EXPECT_TRUE(VyTime::fromString(t, "h:mm AP").isNull() &&
+                    VyTime::fromString(t, "H:mm").isNull())
+            << t;
+    }
+    const char* const other[][2] = {
+        {"2004", ""},  {"", ""},          {"12345", "yyyy"},    {"abc", "abd"},
+        {"123", "hh"}, {"1.1234", "s.z"}, {"99999999999", "z"},
     };
-    for (const auto& c : dates)
-        EXPECT_TRUE(VyDate::fromString(c[0], c[1]).isNull()) << c[0] << " / " << c[1];
-    const char* const times[][2] = {
-        {"24:00", "HH:mm"},     {"0:00 AM", "h:mm AP"}, {"13:00 PM", "h:mm AP"},
-        {"1:00 XM", "h:mm AP"}, {"1:00 A", "h:mm AP"},  {"1:60", "h:mm"},
-        {"1:2", "h:mm"},        {"123", "hh"},          {"1.1234", "s.z"},
-        {"99999999999", "z"},
-    };
-    for (const auto& c : times)
-        EXPECT_TRUE(VyTime::fromString(c[0], c[1]).isNull()) << c[0] << " / " << c[1];
+    for (const auto& c : other) {
+        EXPECT_TRUE(VyDateTime::fromString(c[0], c[1]).isNull()) << c[0] << " / " << c[1];
+    }
     EXPECT_TRUE(VyDateTime::fromString("2004-01-01 25", "yyyy-MM-dd H").isNull());
     EXPECT_TRUE(VyDateTime::fromString("2004-02-30 1", "yyyy-MM-dd H").isNull());
 }
