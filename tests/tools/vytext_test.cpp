@@ -354,10 +354,22 @@ TEST_F(Vytext, LinesDumpAndJsonAgree)
     ASSERT_EQ(dump.status, 0) << dump.err;
     std::istringstream rows(dump.out);
     std::string row;
-    size_t lines = 0, records = 0;
+    size_t lines = 0, records = 0, fonts = 0;
     while (std::getline(rows, row)) {
         int i, x1, y1, x2, y2, baseline, count, own, used = 0;
-        if (sscanf(row.c_str(), "line %d: %d %d %d %d %n", &i, &x1, &y1, &x2, &y2, &used) == 5) {
+        int size, height, ascent, descent, lineSpacing, letterSpacing, pitch;
+        if (sscanf(row.c_str(),
+                   "font: size %d, line height %d, ascent %d, descent %d, line spacing %d, "
+                   "letter spacing %d, pitch %d",
+                   &size, &height, &ascent, &descent, &lineSpacing, &letterSpacing, &pitch) == 7) {
+            EXPECT_EQ((std::vector<int>{size, height, ascent, descent, lineSpacing, letterSpacing,
+                                        pitch}),
+                      (std::vector<int>{j["size"].n(), j["line_height"].n(), j["ascent"].n(),
+                                        j["descent"].n(), j["line_spacing"].n(),
+                                        j["letter_spacing"].n(), j["pitch"].n()}));
+            ++fonts;
+        } else if (sscanf(row.c_str(), "line %d: %d %d %d %d %n", &i, &x1, &y1, &x2, &y2, &used) ==
+                   5) {
             const Json& l = j["lines"][size_t(i)];
             EXPECT_EQ(l["rect"].ints(), (std::vector<int>{x1, y1, x2, y2}));
             EXPECT_EQ(parseJson(row.substr(size_t(used))).text, l["text"].text);
@@ -372,6 +384,7 @@ TEST_F(Vytext, LinesDumpAndJsonAgree)
             ++records;
         }
     }
+    EXPECT_EQ(fonts, 1u);
     EXPECT_EQ(lines, 4u);
     EXPECT_EQ(records, 4u);
 
