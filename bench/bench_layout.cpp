@@ -23,6 +23,7 @@
 #include <stdint.h>
 #include <stdio.h>
 
+#include "bench_random.h"
 #include "bench_ratio.h"
 #include "vyfontmetrics.h"
 
@@ -35,25 +36,13 @@ constexpr int kLatinUnits = 10000;
 constexpr int kWidth = 320;
 const VyFont kFont(16, false, false, false, false);
 
-class Random
-{
-public:
-    // A value in [0, n).
-    uint32_t below(uint32_t n)
-    {
-        state_ = state_ * 1664525u + 1013904223u;
-        return uint32_t((uint64_t(state_ >> 8) * n) >> 24);
-    }
-
-private:
-    uint32_t state_ = 1121;
-};
+using vybench::Random;
 
 // Words until `units` units: Latin words of 2 to 9 letters, or, when `cjk`, one word in three
 // of 1 to 4 ideographs; a space between words, now and then a newline instead when `newlines`.
 VyString words(int units, bool cjk, bool newlines)
 {
-    Random random;
+    Random random(1121);
     VyVector<VyUcs2> text;
     while (text.size() < units) {
         if (cjk && random.below(3) == 0) {
@@ -194,8 +183,9 @@ void registerBenchmarks()
 }
 
 const vybench::RatioPair kPairs[] = {
-    // Division also builds a string, a glyph vector, a rectangle and a record per line, and
-    // looks word widths up at every word start; placing walks the records once more.
+    // Division also builds per line a string, a glyph vector, a rectangle and a record (five
+    // heap blocks by the containers' design) and looks word widths up at every word start;
+    // placing walks the records once more.
     {"layout_wrap_vs_floor", "layout/wrap/vy", "layout/wrap/floor", 5.0},
     {"layout_nowrap_vs_floor", "layout/nowrap/vy", "layout/nowrap/floor", 5.0},
     {"road_vs_hb_shape", "road/vy", "road/hb_shape", 0.5},

@@ -23,6 +23,7 @@
 
 #include <unordered_map>
 
+#include "bench_random.h"
 #include "bench_ratio.h"
 #include "vyfontcache.h"
 #include "vyfontengine.h"
@@ -36,25 +37,13 @@ using Units = std::vector<unsigned short>;
 
 constexpr int kUnits = 64 * 1024 / sizeof(unsigned short);
 
-class Random
-{
-public:
-    // A value in [0, n).
-    uint32_t below(uint32_t n)
-    {
-        state_ = state_ * 1664525u + 1013904223u;
-        return uint32_t((uint64_t(state_ >> 8) * n) >> 24);
-    }
-
-private:
-    uint32_t state_ = 2024;
-};
+using vybench::Random;
 
 // Words of 2 to 7 letters from `letter`, one space apart; after about one word in eight a
 // number of 1 to 4 digits, after about one in twelve a Latin word.
 template <typename Letter> Units makeText(Letter letter)
 {
-    Random random;
+    Random random(2024);
     Units text;
     while (int(text.size()) < kUnits) {
         for (uint32_t i = 2 + random.below(6); i > 0; --i)
@@ -139,7 +128,7 @@ constexpr int kParagraphUnits = 10000;
 const VyString& paragraph()
 {
     static const VyString text = [] {
-        Random random;
+        Random random(2024);
         VyVector<VyUcs2> units;
         while (units.size() < kParagraphUnits) {
             const uint32_t kind = random.below(10);

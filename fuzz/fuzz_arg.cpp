@@ -7,6 +7,7 @@
 // own length assertions guard its buffer; the model checks the text.
 #include "vylocale.h"
 #include "vystring.h"
+#include "vyu16.h"
 #include "vyunicode.h"
 
 #include <limits.h>
@@ -29,18 +30,6 @@ void check(bool condition, const char* what)
         fprintf(stderr, "fuzz_arg: %s\n", what);
         abort();
     }
-}
-
-std::u16string units(const VyString& s)
-{
-    return s.isEmpty()
-               ? std::u16string()
-               : std::u16string(reinterpret_cast<const char16_t*>(s.unicode()), size_t(s.size()));
-}
-
-VyString fromUnits(const std::u16string& u)
-{
-    return VyString(reinterpret_cast<const VyUcs2*>(u.data()), int(u.size()));
 }
 
 // A piece of a template: plain text, or a marker with its number and `L` flag.
@@ -157,20 +146,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     std::u16string t((size - 4) / 2, u'\0');
     if (!t.empty())
         memcpy(&t[0], data + 4, t.size() * 2);
-    const VyString templ = fromUnits(t);
+    const VyString templ = V(t);
     const bool hasMarker = findArgEscapes(templ).occurrences > 0;
 
     const std::u16string value = u"v%1L";
-    VyString r = templ.arg(fromUnits(value), width, fill);
-    check(units(r) == (hasMarker ? modelArg(t, width, value, value, fill) : t), "arg(string)");
+    VyString r = templ.arg(V(value), width, fill);
+    check(U(r) == (hasMarker ? modelArg(t, width, value, value, fill) : t), "arg(string)");
 
     // The number forms: the model is given the texts VyLocale writes for them.
     const unsigned zero = fill == u'0' ? unsigned(VyLocale::ZeroPad) : 0u;
     const auto checkNumber = [&](const VyString& result, const VyString& plain,
                                  const VyString& grouped, const char* what) {
-        check(units(result) ==
-                  (hasMarker ? modelArg(t, width, units(plain), units(grouped), fill) : t),
-              what);
+        check(U(result) == (hasMarker ? modelArg(t, width, U(plain), U(grouped), fill) : t), what);
     };
     const long long n = (long long)(choice * 2654435761u) - 2000000000LL;
     const int base = 2 + int(choice % 35);
@@ -201,12 +188,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     std::vector<VyString> strings;
     for (int i = 0; i < argCount; ++i) {
         args.push_back(u"<" + std::u16string(size_t(i), u'%') + u"1>");
-        strings.push_back(fromUnits(args.back()));
+        strings.push_back(V(args.back()));
     }
     std::vector<const VyString*> pointers;
     for (const VyString& s : strings)
         pointers.push_back(&s);
     r = templ.multiArg(argCount, pointers.data());
-    check(units(r) == modelMultiArg(t, args), "multiArg");
+    check(U(r) == modelMultiArg(t, args), "multiArg");
     return 0;
 }

@@ -3,6 +3,8 @@
 #ifndef VY_FUZZ_CHECK_H
 #define VY_FUZZ_CHECK_H
 
+#include "vystring.h"
+
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -13,5 +15,16 @@
             abort();                                                                               \
         }                                                                                          \
     } while (0)
+
+// A string's buffer holds its text and a 0 unit after it; an empty string may have none.
+inline void checkTerminated(const VyString& s)
+{
+    if (!s.unicode()) {
+        FUZZ_CHECK(s.size() == 0);
+        return;
+    }
+    FUZZ_CHECK(s.size() >= 0 && s.size() < s.d->alloc);
+    FUZZ_CHECK(s.unicode()[s.size()] == 0);
+}
 
 #endif

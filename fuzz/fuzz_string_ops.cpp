@@ -23,6 +23,7 @@
 // (the search resumes where the replacement went); those inputs are skipped.
 #include "fuzz_check.h"
 #include "vystring.h"
+#include "vyu16.h"
 #include "vyunicode.h"
 
 #include <limits.h>
@@ -48,31 +49,10 @@ constexpr unsigned kAlphabetSize = sizeof(kAlphabet) / sizeof(kAlphabet[0]);
 
 const int kExtremes[] = {INT_MIN, INT_MIN + 1, -1000000, 1000000, INT_MAX - 1, INT_MAX};
 
-Units unitsOf(const VyString& s)
-{
-    return s.isEmpty() ? Units()
-                       : Units(reinterpret_cast<const char16_t*>(s.unicode()), size_t(s.size()));
-}
-
-VyString toVy(const Units& u)
-{
-    return VyString(reinterpret_cast<const VyUcs2*>(u.data()), int(u.size()));
-}
-
-void checkTerminated(const VyString& s)
-{
-    if (!s.unicode()) {
-        FUZZ_CHECK(s.size() == 0);
-        return;
-    }
-    FUZZ_CHECK(s.size() >= 0 && s.size() < s.d->alloc);
-    FUZZ_CHECK(s.unicode()[s.size()] == 0);
-}
-
 void checkEqual(const VyString& s, const Units& model)
 {
     checkTerminated(s);
-    FUZZ_CHECK(unitsOf(s) == model);
+    FUZZ_CHECK(U(s) == model);
 }
 
 // The folded unit at s[i]: the unit plus the folding difference of its record; with
@@ -395,12 +375,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 
     // Empty strings come in three kinds: the shared empty string, a block without a buffer
     // (toVy) and a buffer holding only the terminator (VyString("")).
-    const VyString s = !hay.empty()  ? toVy(hay)
+    const VyString s = !hay.empty()  ? V(hay)
                        : flags & 128 ? VyString("")
                        : flags & 16  ? VyString()
-                                     : toVy(hay);
-    const VyString n = needle.empty() && (flags & 128) ? VyString("") : toVy(needle);
-    const VyString r = toVy(repl);
+                                     : V(hay);
+    const VyString n = needle.empty() && (flags & 128) ? VyString("") : V(needle);
+    const VyString r = V(repl);
     const int l = int(hay.size());
     VyString m(s); // the copy that mutators change; `s` must keep its text
 

@@ -78,17 +78,6 @@ int encodedLength(const std::u16string& units)
     return n;
 }
 
-// A buffer holds the text and a 0 unit after it; an empty string may have none.
-void checkTerminated(const VyString& s)
-{
-    if (!s.unicode()) {
-        FUZZ_CHECK(s.size() == 0);
-        return;
-    }
-    FUZZ_CHECK(s.size() >= 0 && s.size() < s.d->alloc);
-    FUZZ_CHECK(s.unicode()[s.size()] == 0);
-}
-
 // toUtf8 of `s`: length, terminator, capacity, and the bytes decode back to the same units
 // (through an exactly sized copy, so an over-read shows).
 void checkToUtf8(const VyString& s)

@@ -2,6 +2,8 @@
 
 #include "vytextunits.h"
 
+#include <initializer_list>
+
 VyFontMetrics::VyFontMetrics(const VyString& text, const VyFont& font, int lineSpacing,
                              int letterSpacing)
     : text(text), engine(new VyFontEngine), pixelLength(-1), lineSpacing(lineSpacing),
@@ -82,19 +84,11 @@ int VyFontMetrics::calcTextLength()
             // Kept: each offset is added to the running index, which has already moved past
             // the marks handled before it (upper 1 and tone 2 look at the glyph at start + 3).
             // Cell widths of stacked Thai were tuned against this reading.
-            if (upper) {
-                if (g.at(i + upper)->advance > w)
-                    w = g.at(i + upper)->advance;
-                ++i;
-            }
-            if (tone) {
-                if (g.at(i + tone)->advance > w)
-                    w = g.at(i + tone)->advance;
-                ++i;
-            }
-            if (lower) {
-                if (g.at(i + lower)->advance > w)
-                    w = g.at(i + lower)->advance;
+            for (int offset : {upper, tone, lower}) {
+                if (!offset)
+                    continue;
+                if (g.at(i + offset)->advance > w)
+                    w = g.at(i + offset)->advance;
                 ++i;
             }
         }
@@ -155,8 +149,7 @@ int VyFontMetrics::nextWordSize(unsigned short* s, int n, void* glyphs, bool rtl
         if (vyIsThai(c)) {
             int tone = 0, upper = 0, lower = 0;
             VyFontEngine::displayThaiFont(s + i, &tone, &upper, &lower);
-            const int offsets[3] = {upper, tone, lower};
-            for (int offset : offsets)
+            for (int offset : {upper, tone, lower})
                 if (offset && g[i + offset]->advance > w)
                     w = g[i + offset]->advance;
         }

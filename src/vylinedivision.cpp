@@ -28,35 +28,29 @@ public:
         return out;
     }
 
-    // Closes the line of units start to end - 1, `x` pixels wide, at the end of the results,
-    // with `glyphs`; `widening` is added to the width of a bold text's rectangle. The next line
-    // starts at `next`.
-    void closeAppended(int end, const Glyphs& glyphs, int x, int widening, int next)
+    enum Side { Back, Front };
+    // Closes the line of units start to end - 1, `x` pixels wide, with `glyphs`: its text,
+    // glyphs and rectangle go to the `side` of the results, its paint record always at the end.
+    // `widening` is added to the width of a bold text's rectangle. The next line starts at
+    // `next`.
+    void close(Side side, int end, const Glyphs& glyphs, int x, int widening, int next)
     {
-        m.lines.append(m.text.mid(start, end - start));
-        m.lineGlyphs.append(glyphs);
+        const VyString text = m.text.mid(start, end - start);
         if (m.boldFace)
             x += widening;
-        m.lineRectList.append(VyRect(0, y, x - 1, y + pitch - 1));
+        const VyRect rect(0, y, x - 1, y + pitch - 1);
+        if (side == Front) {
+            m.lines.prepend(text);
+            m.lineGlyphs.prepend(glyphs);
+            m.lineRectList.prepend(rect);
+        } else {
+            m.lines.append(text);
+            m.lineGlyphs.append(glyphs);
+            m.lineRectList.append(rect);
+        }
         y += pitch;
-        m.paintList.append(PaintInfo{m.lineRectList.last(), glyphs});
+        m.paintList.append(PaintInfo{rect, glyphs});
         start = next;
-    }
-    // Closes the line of units start to end - 1 at the front of the texts, glyphs and
-    // rectangles, while its paint record goes at the end.
-    void closePrepended(int end, int x, int widening, int next)
-    {
-        m.lines.prepend(m.text.mid(start, end - start));
-        m.lineGlyphs.prepend(placed);
-        if (m.boldFace)
-            x += widening;
-        m.lineRectList.prepend(VyRect(0, y, x - 1, y + pitch - 1));
-        y += pitch;
-        m.paintList.append(PaintInfo{m.lineRectList.first(), placed});
-        start = next;
-        // Kept: `placed` is not cleared, so every right-to-left line carries all the glyphs
-        // placed since the start of the text. The framework's painter draws right-to-left
-        // records from their end and depends on this accumulation.
     }
 
     // Width of the word that starts (rtl false) or ends (rtl true) at unit i of n.
@@ -95,7 +89,7 @@ void divideLeftToRight(VyFontMetrics& m, LineBuilder& b)
         const int advance = g[i]->advance;
         if (vyIsIdeographic(c)) {
             if (wrap && i > b.start && x + ls + advance > W) {
-                b.closeAppended(i, b.range(i), x, advance / 2, i);
+                b.close(LineBuilder::Back, i, b.range(i), x, advance / 2, i);
                 x = 0;
             }
             x += advance + ls;
@@ -104,14 +98,14 @@ void divideLeftToRight(VyFontMetrics& m, LineBuilder& b)
             // framework's CJK line lengths were tuned with it.
             if (wrap && i + 1 < n && !vyIsIdeographic(t[i + 1]) &&
                 x + b.wordSize(i + 1, n - i - 1, false) > W) {
-                b.closeAppended(i + 1, b.range(i + 1), x, advance / 2, i + 1);
+                b.close(LineBuilder::Back, i + 1, b.range(i + 1), x, advance / 2, i + 1);
                 x = 0;
             }
         } else {
             // The space stays at the end of the line it ends.
             if (wrap && i > b.start && vyIsSpace(t[i - 1]) &&
                 x + ls + b.wordSize(i, n - i, false) > W) {
-                b.closeAppended(i, b.range(i), x, advance / 2, i);
+                b.close(LineBuilder::Back, i, b.range(i), x, advance / 2, i);
                 x = 0;
             }
             int w = advance;
@@ -138,13 +132,14 @@ void divideLeftToRight(VyFontMetrics& m, LineBuilder& b)
             // The newline leaves the line's text and glyphs; its letter spacing stays in the
             // width.
             x -= g[e]->advance;
-            b.closeAppended(e, b.range(e), x, e > 0 ? int(uint(g[e - 1]->width) >> 1) : 0, e + 1);
+            b.close(LineBuilder::Back, e, b.range(e), x,
+                    e > 0 ? int(uint(g[e - 1]->width) >> 1) : 0, e + 1);
             x = 0;
         }
     }
     // Kept: a bold text's last line is widened by half the advance of the text's last glyph.
     if (b.start < n)
-        b.closeAppended(n, b.range(n), x, g[n - 1]->advance / 2, n);
+        b.close(LineBuilder::Back, n, b.range(n), x, g[n - 1]->advance / 2, n);
 }
 
 // Kept: `text` is in logical order while the glyphs are in visual order, and this pass mixes
@@ -152,6 +147,9 @@ void divideLeftToRight(VyFontMetrics& m, LineBuilder& b)
 // right-to-left widgets were laid out against exactly these lines.
 void divideRightToLeft(VyFontMetrics& m, LineBuilder& b)
 {
+    // Kept: `b.placed` is never cleared, so every right-to-left line carries all the glyphs
+    // placed since the start of the text. The framework's painter draws right-to-left records
+    // from their end and depends on this accumulation.
     const VyString& text = m.text;
     const int n = text.size();
     const int ls = m.letterSpacing;
@@ -160,7 +158,7 @@ void divideRightToLeft(VyFontMetrics& m, LineBuilder& b)
         const int k = n - 1 - j;
         if (m.wordWrap && j > b.start && k >= 1 && vyIsSpace(text.at(k - 1)) &&
             x + ls + b.wordSize(j + 1, k - 1, true) > m.maxWidth) {
-            b.closePrepended(j, x, b.advance(k), j);
+            b.close(LineBuilder::Front, j, b.placed, x, b.advance(k), j);
             x = 0;
         }
         b.placed.append(b.g.at(j));
@@ -169,7 +167,7 @@ void divideRightToLeft(VyFontMetrics& m, LineBuilder& b)
             // Kept: the newline's advance stays in the width in this direction, and the unit
             // that leaves the line is the one just placed, whatever it is.
             b.placed.removeLast();
-            b.closePrepended(j, x, b.advance(k), j + 1);
+            b.close(LineBuilder::Front, j, b.placed, x, b.advance(k), j + 1);
             x = 0;
         }
     }
@@ -177,7 +175,7 @@ void divideRightToLeft(VyFontMetrics& m, LineBuilder& b)
     // the start, and a bold text widens it by half the advance of the last glyph of the whole
     // text.
     if (b.start < n)
-        b.closeAppended(n, b.placed, x, b.advance(n - 1) / 2, n);
+        b.close(LineBuilder::Back, n, b.placed, x, b.advance(n - 1) / 2, n);
 }
 
 } // namespace

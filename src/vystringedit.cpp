@@ -533,26 +533,31 @@ VyString& VyString::fill(VyUcs2 c, int size)
     return *this;
 }
 
-VyString VyString::leftJustified(int width, VyUcs2 fill, bool truncate) const
+namespace
 {
-    const int size = d->size;
+
+// `s` padded with `fill` to `width` units, the text first or last; `s` itself (or its first
+// `width` units when `truncate`) when it is not shorter.
+VyString justified(const VyString& s, int width, VyUcs2 fill, bool truncate, bool textLast)
+{
+    const int size = s.size();
     const int pad = width - size;
     if (pad < 1)
-        return truncate ? left(width) : *this;
+        return truncate ? s.left(width) : s;
     VyString result(width, fill);
     if (size > 0)
-        memcpy(result.d->data, d->data, size_t(size) * sizeof(VyUcs2));
+        memcpy(result.d->data + (textLast ? pad : 0), s.unicode(), size_t(size) * sizeof(VyUcs2));
     return result;
+}
+
+} // namespace
+
+VyString VyString::leftJustified(int width, VyUcs2 fill, bool truncate) const
+{
+    return justified(*this, width, fill, truncate, false);
 }
 
 VyString VyString::rightJustified(int width, VyUcs2 fill, bool truncate) const
 {
-    const int size = d->size;
-    const int pad = width - size;
-    if (pad < 1)
-        return truncate ? left(width) : *this;
-    VyString result(width, fill);
-    if (size > 0)
-        memcpy(result.d->data + pad, d->data, size_t(size) * sizeof(VyUcs2));
-    return result;
+    return justified(*this, width, fill, truncate, true);
 }

@@ -3,6 +3,7 @@
 // splitting, casing and padding.
 #include "vystring.h"
 #include "vystringlist.h"
+#include "vyu16.h"
 #include "vyunicode.h"
 
 #include <gtest/gtest.h>
@@ -14,17 +15,6 @@
 
 namespace
 {
-
-std::u16string U(const VyString& s)
-{
-    return s.isEmpty() ? std::u16string()
-                       : std::u16string(reinterpret_cast<const char16_t*>(s.unicode()), s.size());
-}
-
-VyString V(const std::u16string& s)
-{
-    return VyString(reinterpret_cast<const VyUcs2*>(s.data()), int(s.size()));
-}
 
 std::u16string randomText(std::mt19937& rng, int maxLength)
 {

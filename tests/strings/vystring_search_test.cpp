@@ -2,6 +2,7 @@
 // share a low byte, letters that fold together), both case modes, both sides of the switch
 // from the rolling hash to Boyer-Moore; lastIndexOf, count, startsWith and endsWith.
 #include "vystring.h"
+#include "vyu16.h"
 #include "vyunicode.h"
 
 #include <gtest/gtest.h>
@@ -12,11 +13,6 @@
 
 namespace
 {
-
-VyString V(const std::u16string& s)
-{
-    return VyString(reinterpret_cast<const VyUcs2*>(s.data()), int(s.size()));
-}
 
 const VyUcs2* P(const std::u16string& s)
 {

@@ -2,6 +2,7 @@
 // malformed input in exact-size buffers (so a sanitizer sees any read past `len`), truncated
 // tails, round trips and toUtf8.
 #include "vystring.h"
+#include "vyu16.h"
 
 #include <gtest/gtest.h>
 
@@ -71,12 +72,6 @@ std::u16string decode(const Bytes& in)
     std::vector<VyUcs2> dst(in.size());
     const int n = VyString::utf8ToUcs2(dst.data(), src.data(), int(src.size()));
     return std::u16string(dst.begin(), dst.begin() + n);
-}
-
-std::u16string U(const VyString& s)
-{
-    return s.isEmpty() ? std::u16string()
-                       : std::u16string(reinterpret_cast<const char16_t*>(s.unicode()), s.size());
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "syntheticglyphs.h"
 #include "textfonts.h"
 #include "vyfontmetrics.h"
+#include "vyu16.h"
 
 #include <gtest/gtest.h>
 
@@ -18,16 +19,6 @@ const VyFont kBold(40, true, false, false, false);
 const char16_t kIdeo1 = 0x4E2D, kIdeo2 = 0x6587, kKatakana = 0x30A2, kHangul = 0xAC00;
 const char16_t kThaiKo = 0x0E01, kSaraI = 0x0E34, kSaraU = 0x0E38, kMaiEk = 0x0E48;
 const char16_t kAlef = 0x05D0, kBet = 0x05D1;
-
-inline VyString u16(const std::u16string& s)
-{
-    return VyString(reinterpret_cast<const VyUcs2*>(s.data()), int(s.size()));
-}
-
-inline std::u16string std16(const VyString& s)
-{
-    return std::u16string(reinterpret_cast<const char16_t*>(s.unicode()), size_t(s.size()));
-}
 
 class LayoutTest : public ::testing::Test
 {

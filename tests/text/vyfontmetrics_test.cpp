@@ -106,24 +106,24 @@ TEST_F(MeasuringTest, ThaiCellsTakeMarkOffsetsFromTheRunningIndex_Kept)
     vyPutGlyph(kMaiEk, kPlain, 12);
     vyPutGlyph('x', kPlain, 20);
 
-    VyFontMetrics vowel(u16({kThaiKo, kSaraI}), kPlain, 0, 1);
+    VyFontMetrics vowel(V({kThaiKo, kSaraI}), kPlain, 0, 1);
     EXPECT_EQ(vowel.lengthForPixel(), 9); // -1 + one spacing + 9
     EXPECT_EQ(values(vowel.characterWidth()), (std::vector<int>{9}));
     EXPECT_EQ(values(vowel.charCombinationNum()), (std::vector<int>{2}));
 
     // Vowel above, then a tone: the tone's glyph is looked up at start + 1 + 2, the 'x'.
-    VyFontMetrics above(u16({kThaiKo, kSaraI, kMaiEk, u'x'}), kPlain, 0, 0);
+    VyFontMetrics above(V({kThaiKo, kSaraI, kMaiEk, u'x'}), kPlain, 0, 0);
     EXPECT_EQ(values(above.characterWidth()), (std::vector<int>{20, 20}));
     EXPECT_EQ(values(above.charCombinationNum()), (std::vector<int>{3, 1}));
 
     // Vowel below, then a tone: the tone is handled first (at start + 2), then the vowel at
     // 1 + 1, the tone again; the vowel's own advance is never looked at.
-    VyFontMetrics below(u16({kThaiKo, kSaraU, kMaiEk, u'x'}), kPlain, 0, 0);
+    VyFontMetrics below(V({kThaiKo, kSaraU, kMaiEk, u'x'}), kPlain, 0, 0);
     EXPECT_EQ(values(below.characterWidth()), (std::vector<int>{12, 20}));
     EXPECT_EQ(values(below.charCombinationNum()), (std::vector<int>{3, 1}));
 
     // At the very end of the text the first reading runs one glyph past the vector.
-    VyFontMetrics last(u16({kThaiKo, kSaraI, kMaiEk}), kPlain, 0, 0);
+    VyFontMetrics last(V({kThaiKo, kSaraI, kMaiEk}), kPlain, 0, 0);
     EXPECT_DEATH(last.lengthForPixel(), literal("i >= 0 && i < d->size"));
 }
 
@@ -136,7 +136,7 @@ TEST_F(MeasuringTest, NextWordSizeInBothDirections)
     vyPutGlyph(kThaiKo, kPlain, 9);
     vyPutGlyph(kSaraI, kPlain, 4);
     auto word = [](const std::u16string& s, bool rtl, int n = -1) {
-        VyFontMetrics m(u16(s), kPlain, 0, 1);
+        VyFontMetrics m(V(s), kPlain, 0, 1);
         VyVector<GlyphBitmap const*> g = m.glyphBitmap();
         std::u16string units = s;
         return m.nextWordSize(reinterpret_cast<unsigned short*>(&units[0]),

@@ -14,7 +14,7 @@ std::vector<std::u16string> lineTexts(VyFontMetrics& m)
 {
     std::vector<std::u16string> out;
     for (const VyString& s : m.subText())
-        out.push_back(std16(s));
+        out.push_back(U(s));
     return out;
 }
 
@@ -31,7 +31,7 @@ std::vector<int> widths(VyFontMetrics& m)
 std::unique_ptr<VyFontMetrics> wrapped(const std::u16string& text, int width, int ls = 0,
                                        const VyFont& font = kPlain)
 {
-    auto m = std::make_unique<VyFontMetrics>(u16(text), font, 0, ls);
+    auto m = std::make_unique<VyFontMetrics>(V(text), font, 0, ls);
     m->setWorpWrap(width != 0);
     if (width > 0)
         m->setTextMinRect(0, 0, width, 100);

@@ -55,7 +55,7 @@ TEST_F(PaintTest, EveryFlagCombinationInBothDirections)
         for (int h = 0; h < 8; ++h) {
             for (int v = 0; v < 8; ++v) {
                 const int flags = h | v << 4;
-                VyFontMetrics m(u16(text), kPlain, 1, 0);
+                VyFontMetrics m(V(text), kPlain, 1, 0);
                 m.setTextMinRect(X, Y, W, H);
                 m.setAlignment(flags);
                 const VyVector<PaintInfo> records = m.paintInfoList();
@@ -105,7 +105,7 @@ TEST_F(PaintTest, RightToLeftRecordsTakeWidthsByLineNumber_Kept)
     advances({kAlef, kBet}, 10);
     advances(u" ", 5);
     // Built as L1 (10 wide), L2 (25), L3 (35); the rectangles are listed L2, L1, L3.
-    VyFontMetrics m(u16({kAlef, kBet, u' ', kBet, kAlef, u' ', kAlef, kAlef}), kPlain, 0, 0);
+    VyFontMetrics m(V({kAlef, kBet, u' ', kBet, kAlef, u' ', kAlef, kAlef}), kPlain, 0, 0);
     m.setWorpWrap(true);
     m.setTextMinRect(0, 0, 15, 100);
     m.setAlignment(0x11); // left, mirrored to the right edge
