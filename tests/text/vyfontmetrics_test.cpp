@@ -127,7 +127,7 @@ TEST_F(MeasuringTest, ThaiCellsTakeMarkOffsetsFromTheRunningIndex_Kept)
     EXPECT_DEATH(last.lengthForPixel(), literal("i >= 0 && i < d->size"));
 }
 
-TEST_F(MeasuringTest, NextWordSizeInBothDirections)
+TEST_F(MeasuringTest, NextWordSizeInBothDirections_Kept)
 {
     advances(u"abcdef", 5);
     advances(u" ", 3);
@@ -160,7 +160,7 @@ TEST_F(MeasuringTest, NextWordSizeInBothDirections)
     EXPECT_EQ(m.nextWordSize(nullptr, 3, nullptr, false), 0);
 }
 
-TEST_F(MeasuringTest, Utf8AccountingAndThaiCheck)
+TEST_F(MeasuringTest, Utf8AccountingAndThaiCheck_Kept)
 {
     advances(u"a", 1);
     VyFontMetrics m(VyString("a"), kPlain, 0, 0);

@@ -77,7 +77,7 @@ TEST_F(DivisionTest, NewlinesEndLines)
     EXPECT_EQ(empty.sizeHint(), VySize(0, 0));
 }
 
-TEST_F(DivisionTest, WrapBreaksBeforeWordsAndAroundIdeographs)
+TEST_F(DivisionTest, WrapBreaksBeforeWordsAndAroundIdeographs_Kept)
 {
     advances(u"abcdefgh", 5);
     advances(u" ", 5);
@@ -109,7 +109,7 @@ TEST_F(DivisionTest, WrapBreaksBeforeWordsAndAroundIdeographs)
     EXPECT_EQ(lineTexts(*wrapped({kIdeo1, u'a', u'b'}, 31, 2)), (Lines{{kIdeo1}, u"ab"}));
 }
 
-TEST_F(DivisionTest, BoldWidensEachBreakKind)
+TEST_F(DivisionTest, BoldWidensEachBreakKind_Kept)
 {
     // Advances and bitmap widths differ, so each amount shows which it reads.
     for (const VyFont& f : {kPlain, kBold}) {
@@ -207,7 +207,7 @@ TEST_F(DivisionTest, RightToLeftLinesArePrependedAndGlyphsAccumulate_Kept)
     }
 }
 
-TEST_F(DivisionTest, AccessorsDivideWhenDirty)
+TEST_F(DivisionTest, AccessorsDivideWhenDirty_Kept)
 {
     advances(u"ab ", 10);
     vyPutGlyph('\n', kPlain, 0);

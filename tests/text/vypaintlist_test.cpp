@@ -15,7 +15,7 @@ VyRect placed(VyFontMetrics& m, int i)
 
 } // namespace
 
-TEST_F(PaintTest, OneLineInTheBox)
+TEST_F(PaintTest, OneLineInTheBox_Kept)
 {
     advances(u"abcd", 10);
     VyFontMetrics m(VyString("abcd"), kPlain, 0, 0);
