@@ -1,10 +1,10 @@
 // vyunicodegen — writes the Unicode property tables of the Basic Multilingual Plane
-// (src/vyunicodetables.cpp) from the Unicode Character Database files that Debian's
+// (src/strings/vyunicodetables.cpp) from the Unicode Character Database files that Debian's
 // unicode-data package installs in /usr/share/unicode.
 //
 //     vyunicodegen <folder with UnicodeData.txt, SpecialCasing.txt, CaseFolding.txt> <output>
 //
-// Run it from the source root as `vyunicodegen /usr/share/unicode src/vyunicodetables.cpp`.
+// Run it from the source root as `vyunicodegen /usr/share/unicode src/strings/vyunicodetables.cpp`.
 // The output depends only on the input files and the two arguments, so the same input gives a
 // byte-identical file on every machine.
 //

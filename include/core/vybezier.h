@@ -9,11 +9,13 @@
 #ifndef VYBEZIER_H
 #define VYBEZIER_H
 
+#include "vyglobal.h"
+
 #include "vypoint.h"
 #include "vyrect.h"
 #include "vyvector.h"
 
-class VyBezier
+class VY_EXPORT VyBezier
 {
 public:
     // All four points at (0, 0).

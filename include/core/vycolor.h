@@ -7,7 +7,9 @@
 #ifndef VYCOLOR_H
 #define VYCOLOR_H
 
-class VyColor
+#include "vyglobal.h"
+
+class VY_EXPORT VyColor
 {
 public:
     VyColor() : red(0), green(0), blue(0), alpha(0), extra(0) {}

@@ -7,9 +7,11 @@
 #ifndef VYLINE_H
 #define VYLINE_H
 
+#include "vyglobal.h"
+
 #include "vypoint.h"
 
-class VyLineF
+class VY_EXPORT VyLineF
 {
 public:
     VyLineF() : x1(0), y1(0), x2(0), y2(0) {}

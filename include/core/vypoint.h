@@ -5,7 +5,9 @@
 #ifndef VYPOINT_H
 #define VYPOINT_H
 
-class VyPoint
+#include "vyglobal.h"
+
+class VY_EXPORT VyPoint
 {
 public:
     VyPoint() : x(0), y(0) {}
@@ -35,7 +37,7 @@ public:
     int y;
 };
 
-class VyPointF
+class VY_EXPORT VyPointF
 {
 public:
     VyPointF() : x(0), y(0) {}

@@ -17,10 +17,12 @@
 #ifndef VYRECT_H
 #define VYRECT_H
 
+#include "vyglobal.h"
+
 #include "vypoint.h"
 #include "vysize.h"
 
-class VyRect
+class VY_EXPORT VyRect
 {
 public:
     VyRect() : x1(0), y1(0), x2(-1), y2(-1) {}
@@ -107,7 +109,7 @@ public:
     int y2;
 };
 
-class VyRectF
+class VY_EXPORT VyRectF
 {
 public:
     VyRectF() : x(0), y(0), width(0), height(0) {}

@@ -19,6 +19,8 @@
 #ifndef VYREGION_H
 #define VYREGION_H
 
+#include "vyglobal.h"
+
 #include "vypoint.h"
 #include "vyrect.h"
 #include "vyvector.h"
@@ -26,7 +28,7 @@
 #include <atomic>
 
 // The rectangles of a region and what is cached about them.
-struct VyRegionPrivate {
+struct VY_EXPORT VyRegionPrivate {
     VyRegionPrivate() : vectorize(0), numRects(0), innerArea(-1) {}
 
     // 1 when `rects` holds the rectangles, 0 when `single` holds the only one (or none).
@@ -65,7 +67,7 @@ struct VyRegionPrivate {
     void prepend(const VyRegionPrivate* r);
 };
 
-class VyRegion
+class VY_EXPORT VyRegion
 {
 public:
     enum RegionType { Rectangle = 0 };
@@ -193,10 +195,10 @@ private:
 
 // Releases the rectangle vector of `rgn`, the private part of a record, and puts the record on
 // the free list (the record is deleted instead while the process is exiting).
-void vy_freeRegion(VyRegionPrivate* rgn);
+VY_EXPORT void vy_freeRegion(VyRegionPrivate* rgn);
 
 // A fast, conservative test: true only when `r` is valid and lies within the region's largest
 // rectangle, so a rectangle covered by several rectangles together gives false.
-bool vy_region_strictContains(const VyRegion& region, const VyRect& r);
+VY_EXPORT bool vy_region_strictContains(const VyRegion& region, const VyRect& r);
 
 #endif

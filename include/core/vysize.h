@@ -7,7 +7,7 @@
 
 #include "vyglobal.h"
 
-class VySize
+class VY_EXPORT VySize
 {
 public:
     VySize() : width(0), height(0) {}
@@ -37,7 +37,7 @@ public:
     int height;
 };
 
-class VySizeF
+class VY_EXPORT VySizeF
 {
 public:
     VySizeF() : width(0), height(0) {}

@@ -10,9 +10,11 @@
 #ifndef VYBITARRAY_H
 #define VYBITARRAY_H
 
+#include "vyglobal.h"
+
 #include "vyvector.h"
 
-class VyBitArray
+class VY_EXPORT VyBitArray
 {
 public:
     VyBitArray() : size(0) {}
@@ -63,7 +65,7 @@ public:
 };
 
 // Equal bit counts and equal bits; the bits beyond the count are not compared.
-bool operator==(const VyBitArray& a, const VyBitArray& b);
+VY_EXPORT bool operator==(const VyBitArray& a, const VyBitArray& b);
 inline bool operator!=(const VyBitArray& a, const VyBitArray& b)
 {
     return !(a == b);
@@ -71,8 +73,8 @@ inline bool operator!=(const VyBitArray& a, const VyBitArray& b)
 
 // An array as long as the longer operand. Only the bytes both operands have are combined;
 // every further byte is 0 for all three operators (see the note in the source).
-VyBitArray operator&(const VyBitArray& a, const VyBitArray& b);
-VyBitArray operator|(const VyBitArray& a, const VyBitArray& b);
-VyBitArray operator^(const VyBitArray& a, const VyBitArray& b);
+VY_EXPORT VyBitArray operator&(const VyBitArray& a, const VyBitArray& b);
+VY_EXPORT VyBitArray operator|(const VyBitArray& a, const VyBitArray& b);
+VY_EXPORT VyBitArray operator^(const VyBitArray& a, const VyBitArray& b);
 
 #endif

@@ -31,12 +31,14 @@
 #ifndef VYBITMAP_H
 #define VYBITMAP_H
 
+#include "vyglobal.h"
+
 #include <stdint.h>
 #include <stdio.h>
 
 // One colour-table entry or output pixel, in memory order blue, green, red, alpha. Colour-table
 // entries read from a file keep the file's bytes (blue, green, red, reserved).
-struct RGBApixel {
+struct VY_EXPORT RGBApixel {
     uint8_t blue;
     uint8_t green;
     uint8_t red;
@@ -44,7 +46,7 @@ struct RGBApixel {
 };
 
 // The 14-byte BMP file header, field by field (the record itself is not packed).
-struct BMFH {
+struct VY_EXPORT BMFH {
     uint16_t bfType; // 19778 ("BM") for an accepted file
     uint32_t bfSize;
     uint16_t bfReserved1;
@@ -53,7 +55,7 @@ struct BMFH {
 };
 
 // The 40-byte BMP info header, field by field.
-struct BMIH {
+struct VY_EXPORT BMIH {
     uint32_t biSize;
     int32_t biWidth;
     int32_t biHeight;
@@ -67,7 +69,7 @@ struct BMIH {
     uint32_t biClrImportant;
 };
 
-class VyBitmap
+class VY_EXPORT VyBitmap
 {
 public:
     // Opens nothing; width, height and depth 0.

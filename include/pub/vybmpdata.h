@@ -7,17 +7,19 @@
 #ifndef VYBMPDATA_H
 #define VYBMPDATA_H
 
+#include "vyglobal.h"
+
 struct GlyphBitmap;
 
 // A raw image handed to the writer. Not owned: `data` stays the caller's.
-struct Image {
+struct VY_EXPORT Image {
     int width;           // pixels per row
     int height;          // rows
     int channels;        // bytes per pixel: 1 (grey) or 3 (colour); anything else writes no image
     unsigned char* data; // height rows of width × channels bytes, top row first, no padding
 };
 
-class BmpData
+class VY_EXPORT BmpData
 {
 public:
     BmpData() {}
@@ -43,6 +45,6 @@ public:
 // "\nrow = <rows>, col = <width> \n", then per row one character per byte (a space for 0, '1'
 // for 1 to 254, '0' for 255) and a newline, also for rows of width 0. A null `buffer` prints
 // the first line only.
-void vyShowCoverage(int rows, int width, const unsigned char* buffer);
+VY_EXPORT void vyShowCoverage(int rows, int width, const unsigned char* buffer);
 
 #endif

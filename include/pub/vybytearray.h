@@ -15,7 +15,9 @@
 #ifndef VYBYTEARRAY_H
 #define VYBYTEARRAY_H
 
-class VyByteArray
+#include "vyglobal.h"
+
+class VY_EXPORT VyByteArray
 {
 public:
     struct Data {

@@ -39,7 +39,7 @@
 #include "vyglobal.h"
 #include "vystring.h"
 
-class VyDate
+class VY_EXPORT VyDate
 {
 public:
     VyDate() : jd(0) {}
@@ -126,7 +126,7 @@ private:
     uint jd;
 };
 
-class VyTime
+class VY_EXPORT VyTime
 {
 public:
     VyTime() : mds(-1) {}
@@ -176,7 +176,7 @@ private:
 };
 
 // The record behind a VyDateTime.
-struct VyDateTimePrivate {
+struct VY_EXPORT VyDateTimePrivate {
     // The internal time spec.
     enum Spec {
         LocalUnknown = -1, // local time, daylight saving not known
@@ -204,7 +204,7 @@ struct VyDateTimePrivate {
     static void addMSecs(VyDate& date, VyTime& time, long long ms);
 };
 
-class VyDateTime
+class VY_EXPORT VyDateTime
 {
 public:
     VyDateTime();

@@ -13,10 +13,12 @@
 #ifndef VYFONT_H
 #define VYFONT_H
 
+#include "vyglobal.h"
+
 #include <string.h>
 
 // Byte 0 is the pixel size, byte 1 the flags from bit 0 upwards.
-struct FontAttr {
+struct VY_EXPORT FontAttr {
     // Pixel height requested from the rasteriser.
     unsigned char fontSize;
     // Kept: the names of bits 0 and 1 are crossed. A font with `boldFace` set is drawn
@@ -34,7 +36,7 @@ struct FontAttr {
 };
 static_assert(sizeof(FontAttr) == 2, "FontAttr is two bytes");
 
-class VyFont
+class VY_EXPORT VyFont
 {
 public:
     // Size 16, every flag bit (reserved ones included) cleared.
@@ -91,7 +93,7 @@ private:
 static_assert(sizeof(VyFont) == 2, "VyFont is one FontAttr");
 
 // One rendered glyph, an aggregate copied field by field.
-struct GlyphBitmap {
+struct VY_EXPORT GlyphBitmap {
     // Bitmap size in pixels and bytes per row as the rasteriser delivered it.
     unsigned short width;
     unsigned short rows;

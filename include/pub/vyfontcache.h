@@ -14,6 +14,8 @@
 #ifndef VYFONTCACHE_H
 #define VYFONTCACHE_H
 
+#include "vyglobal.h"
+
 #include "vyfont.h"
 #include "vyfonteunitcache.h"
 #include "vyfreetype.h"
@@ -21,7 +23,7 @@
 
 #include <pthread.h>
 
-class VyFontCache : public VyFonteUnitCache
+class VY_EXPORT VyFontCache : public VyFonteUnitCache
 {
 public:
     // The singleton, created on first use with an empty store and no font open.

@@ -11,12 +11,14 @@
 #ifndef VYFONTENGINE_H
 #define VYFONTENGINE_H
 
+#include "vyglobal.h"
+
 #include "vyfont.h"
 #include "vyfontcache.h"
 #include "vystring.h"
 #include "vyvector.h"
 
-class VyFontEngine
+class VY_EXPORT VyFontEngine
 {
 public:
     // Takes the cache singleton and purges it (unheld pixels only) when a limit is set and the

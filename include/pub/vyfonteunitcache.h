@@ -17,11 +17,13 @@
 #ifndef VYFONTEUNITCACHE_H
 #define VYFONTEUNITCACHE_H
 
+#include "vyglobal.h"
+
 #include "vyfont.h"
 #include "vyhash.h"
 #include "vyvector.h"
 
-class VyFonteUnitCache : public VyHash<int, GlyphBitmap*>
+class VY_EXPORT VyFonteUnitCache : public VyHash<int, GlyphBitmap*>
 {
 public:
     // One block of records, filled from index 0 upwards.

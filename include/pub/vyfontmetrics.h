@@ -17,6 +17,8 @@
 #ifndef VYFONTMETRICS_H
 #define VYFONTMETRICS_H
 
+#include "vyglobal.h"
+
 #include "vyfont.h"
 #include "vyfontengine.h"
 #include "vylist.h"
@@ -27,7 +29,7 @@
 #include "vyvector.h"
 
 // One line to paint: its box and its glyphs in drawing order, left to right.
-struct PaintInfo {
+struct VY_EXPORT PaintInfo {
     // As built by division (0, y, width - 1, y + pitch - 1). paintInfoList sets x1 and x2
     // inside `textRect` and moves y2; y1 keeps the line's relative top.
     VyRect rect;
@@ -36,14 +38,14 @@ struct PaintInfo {
 
 // Carried by every VyFontMetrics for the framework above; the library neither writes nor reads
 // it.
-struct DrawPositionInfo {
+struct VY_EXPORT DrawPositionInfo {
     int x = 0;
     int y = 0;
     VyVector<int> widths;
     VyList<VyRect> rects;
 };
 
-class VyFontMetrics
+class VY_EXPORT VyFontMetrics
 {
 public:
     // Alignment flags: bits 0-2 are the horizontal group, bits 4-6 the vertical group. Within

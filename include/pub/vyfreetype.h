@@ -14,6 +14,8 @@
 #ifndef VYFREETYPE_H
 #define VYFREETYPE_H
 
+#include "vyglobal.h"
+
 #include "vyfont.h"
 #include "vystring.h"
 
@@ -22,7 +24,7 @@
 struct FT_LibraryRec_;
 struct FT_FaceRec_;
 
-class VyFreetype
+class VY_EXPORT VyFreetype
 {
 public:
     // Size 0 and no flags for the next glyph, no embolden or slant, pixelSize 16. Touches

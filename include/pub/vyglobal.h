@@ -11,7 +11,8 @@
 typedef unsigned short VyUcs2;
 typedef unsigned int uint;
 
-namespace Vy {
+namespace Vy
+{
 enum CaseSensitivity { CaseInsensitive = 0, CaseSensitive = 1 };
 // Which calendar a date accessor uses; DefaultDateMode resolves to the library-wide mode.
 enum DateMode { Gregorian = 0, Persian = 1, DefaultDateMode = 2 };
@@ -19,9 +20,18 @@ enum TimeSpec { LocalTimeSpec = 0, UtcTimeSpec = 1, OffsetTimeSpec = 2 };
 enum AspectRatioMode { IgnoreRatio = 0, FitInsideRatio = 1, FillOutsideRatio = 2 };
 } // namespace Vy
 
+// Marks the classes and functions that libvy.so exports. The library is built with hidden
+// visibility, so whatever is not marked (internal helpers, template instantiations) stays out
+// of the dynamic symbol table and out of the ABI.
+#if defined(__GNUC__)
+#define VY_EXPORT __attribute__((visibility("default")))
+#else
+#define VY_EXPORT
+#endif
+
 // Ends the process through libc's assertion routine. Never returns.
-[[noreturn]] void vyAssertFail(const char* condition, const char* file, unsigned line,
-                               const char* function);
+[[noreturn]] VY_EXPORT void vyAssertFail(const char* condition, const char* file, unsigned line,
+                                         const char* function);
 
 #if defined(__GNUC__)
 #define VY_FUNCTION_TEXT __PRETTY_FUNCTION__
@@ -31,7 +41,7 @@ enum AspectRatioMode { IgnoreRatio = 0, FitInsideRatio = 1, FillOutsideRatio = 2
 
 // Checks `cond`; on failure reports its text with the given source path and line and the
 // enclosing function's signature (g++ writes templates as "... [with T = int]").
-#define VY_ASSERT_AT(cond, file, line)                                                         \
+#define VY_ASSERT_AT(cond, file, line)                                                             \
     ((cond) ? static_cast<void>(0) : vyAssertFail(#cond, file, line, VY_FUNCTION_TEXT))
 
 #endif

@@ -86,7 +86,7 @@ inline uint vyHash(unsigned long key)
 }
 
 // The untyped block shared by every VyHash instantiation. The layout is fixed: tools read it.
-struct VyHashData {
+struct VY_EXPORT VyHashData {
     // The part of a node every instantiation shares; VyHashNode adds the key and value.
     struct Node {
         // The next node of the chain, or the block (as `e`) after the last node.

@@ -24,9 +24,9 @@
 #include <type_traits>
 
 // Slot count for a block that must hold at least n slots.
-int listCapacityFor(int n);
+VY_EXPORT int listCapacityFor(int n);
 
-struct VyListData {
+struct VY_EXPORT VyListData {
     struct Data {
         std::atomic<int> ref;
         int alloc;

@@ -24,7 +24,7 @@
 #include "vystring.h"
 #include "vyvector.h"
 
-class VyLocale
+class VY_EXPORT VyLocale
 {
 public:
     // The layouts of doubleToString: "1.5e+03", "1500.000000", or the shorter of the two in
@@ -151,14 +151,14 @@ public:
 // space is skipped. *endptr receives the end of what was read (`nptr` itself when there are no
 // digits or the base is invalid). Out of range: the nearest limit with *ok false and *endptr
 // past all the digits. `endptr` and `ok` may be null.
-long long vystrtoll(const char* nptr, const char** endptr, int base, bool* ok);
+VY_EXPORT long long vystrtoll(const char* nptr, const char** endptr, int base, bool* ok);
 // As vystrtoll; a minus sign is refused like any other non-digit.
-unsigned long long vystrtoull(const char* nptr, const char** endptr, int base, bool* ok);
+VY_EXPORT unsigned long long vystrtoull(const char* nptr, const char** endptr, int base, bool* ok);
 // Decimal floating-point text: an optional sign, digits with an optional '.', an optional
 // exponent; or "inf", "infinity", "nan" in any case. Correctly rounded (round to nearest even).
 // A value beyond the double range gives +-HUGE_VAL with *ok false; one that rounds to 0 gives a
 // zero of its sign with *ok true. Nothing read: 0, *ok false, *end = s.
-double vystrtod(const char* s, const char** end, bool* ok);
+VY_EXPORT double vystrtod(const char* s, const char** end, bool* ok);
 // The decimal digits of `d`: mode 0 the shortest digits that read back as `d`, mode 2
 // `ndigits` significant digits (at least 1), mode 3 `ndigits` digits after the point (0 when
 // negative); any other mode is read as 0. The digits are correctly rounded (ties to even on
@@ -167,6 +167,6 @@ double vystrtod(const char* s, const char** end, bool* ok);
 // relative to the first digit (1 for "1.5", -2 for "0.0015"); a value that rounds to 0 gives
 // "0" with *decpt 1. *sign receives the sign bit (1 for -0.0). Infinity and NaN give
 // "Infinity" and "NaN" with *decpt 9999. `rve`, when non-null, receives the end of the digits.
-char* vydtoa(double d, int mode, int ndigits, int* decpt, int* sign, char** rve);
+VY_EXPORT char* vydtoa(double d, int mode, int ndigits, int* decpt, int* sign, char** rve);
 
 #endif

@@ -35,7 +35,7 @@
 // The link words shared by the map block and every node: `prev` and the forward pointers of
 // levels 0 to 11. A node only owns next[0..its level]; the words above are not allocated and
 // must not be touched.
-struct VyMapNode {
+struct VY_EXPORT VyMapNode {
     VyMapNode* prev;
     VyMapNode* next[12];
 };
@@ -43,7 +43,7 @@ struct VyMapNode {
 // The untyped part of every VyMap: the block header, the list's head and end sentinel `e`
 // (through its VyMapNode base), and the operations that do not depend on the payload type.
 // Payload offsets are in bytes from the start of a node's memory to its `prev` word.
-struct VyMapData : VyMapNode {
+struct VY_EXPORT VyMapData : VyMapNode {
     typedef VyMapNode Node;
     enum {
         LastLevel = 11, // highest level a node can have

@@ -18,10 +18,12 @@
 #ifndef VYSHAPING_H
 #define VYSHAPING_H
 
+#include "vyglobal.h"
+
 // True when one of the first `n` units is Hebrew; false for n < 1 or a null `s`.
-bool isIncludeHebrew(const unsigned short* s, int n);
+VY_EXPORT bool isIncludeHebrew(const unsigned short* s, int n);
 // True when one of the first `n` units is Arabic; false for n < 1 or a null `s`.
-bool isIncludeArbic(const unsigned short* s, int n);
+VY_EXPORT bool isIncludeArbic(const unsigned short* s, int n);
 
 // Shapes the Arabic letters U+0621 to U+064A and the extended letters of convertRule3 into
 // presentation forms, then reverses the Arabic runs. A letter's form depends on whether the
@@ -31,14 +33,14 @@ bool isIncludeArbic(const unsigned short* s, int n);
 // ligature; the alef keeps its own unit. A null `s` is ignored; n < 1 changes nothing.
 // Allocates a work copy of n + 1 units; when that fails, prints "Malloc unicode failed." and
 // leaves the text as it was.
-void arabicRulesConvert(unsigned short* s, int n);
+VY_EXPORT void arabicRulesConvert(unsigned short* s, int n);
 
 // The presentation form of the extended letter `cur` (U+067E, U+0686, U+0698, U+06A9, U+06AF,
 // U+06CC) between `prev` and `next` (0 for none), or -1 for any other unit.
-int convertRule3(unsigned short prev, unsigned short cur, unsigned short next);
+VY_EXPORT int convertRule3(unsigned short prev, unsigned short cur, unsigned short next);
 
 // Reverses the Hebrew runs of the first `n` units. Null and n < 1, the work copy and its
 // failure as for arabicRulesConvert.
-void reversalHebrew(unsigned short* s, int n);
+VY_EXPORT void reversalHebrew(unsigned short* s, int n);
 
 #endif

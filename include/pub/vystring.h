@@ -38,18 +38,18 @@ class VyStringList;
 // code point it forms with a preceding high surrogate of the same array. Haystacks above 500
 // units searched for needles above 5 units go to vyFindStringBoyerMoore; others use a
 // rolling hash. Neither allocates.
-int vyFindString(const VyUcs2* haystack, int haystackLen, int from, const VyUcs2* needle,
-                 int needleLen, Vy::CaseSensitivity cs);
+VY_EXPORT int vyFindString(const VyUcs2* haystack, int haystackLen, int from, const VyUcs2* needle,
+                           int needleLen, Vy::CaseSensitivity cs);
 // The long-haystack search: a 256-entry skip table indexed by the low byte of each (folded)
 // unit. A negative `from` counts as 0 here.
-int vyFindStringBoyerMoore(const VyUcs2* haystack, int haystackLen, int from, const VyUcs2* needle,
-                           int needleLen, Vy::CaseSensitivity cs);
+VY_EXPORT int vyFindStringBoyerMoore(const VyUcs2* haystack, int haystackLen, int from,
+                                     const VyUcs2* needle, int needleLen, Vy::CaseSensitivity cs);
 // The first index at or after `from` whose unit equals `unit` (or has the same case folding,
 // without surrogate pairing), or -1. A negative `from` counts from the end, clamped at 0.
 int findUnit(const VyUcs2* haystack, int haystackLen, VyUcs2 unit, int from,
              Vy::CaseSensitivity cs);
 
-class VyString
+class VY_EXPORT VyString
 {
 public:
     struct Data {
@@ -402,24 +402,24 @@ static_assert(sizeof(VyString) == 2 * sizeof(void*), "a string is a vtable point
 // The place markers of a template, as VyString::arg sees them: the lowest marker number
 // (INT_MAX when there is none), how many markers carry it, how many of those carry `L`, and
 // their total length in units.
-struct ArgEscapeData {
+struct VY_EXPORT ArgEscapeData {
     int minEscape;
     int occurrences;
     int localeOccurrences;
     int escapeLength;
 };
 // Scans `s` for place markers (see VyString::arg).
-ArgEscapeData findArgEscapes(const VyString& s);
+VY_EXPORT ArgEscapeData findArgEscapes(const VyString& s);
 // Replaces the markers numbered d.minEscape: by `larg` where they carry `L`, else by `arg`,
 // padded with `fillChar` to |fieldWidth| (before the value for a positive width, after it for
 // a negative one). `d` must be findArgEscapes(s) with occurrences > 0.
-VyString replaceArgEscapes(const VyString& s, const ArgEscapeData& d, int fieldWidth,
-                           const VyString& arg, const VyString& larg, VyUcs2 fillChar);
+VY_EXPORT VyString replaceArgEscapes(const VyString& s, const ArgEscapeData& d, int fieldWidth,
+                                     const VyString& arg, const VyString& larg, VyUcs2 fillChar);
 
 // The key hash of VyHash<VyString, T>: the first size() bytes of the UTF-8 form (a prefix of
 // it for non-ASCII text) through h = (h << 4) + byte, folding the top nibble back in and
 // keeping 28 bits. The empty string hashes to 0. Does not allocate.
-uint vyHash(const VyString& s);
+VY_EXPORT uint vyHash(const VyString& s);
 
 // split returns a VyStringList; make it complete for every includer of this header.
 #include "vystringlist.h"

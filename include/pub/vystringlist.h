@@ -7,10 +7,12 @@
 #ifndef VYSTRINGLIST_H
 #define VYSTRINGLIST_H
 
+#include "vyglobal.h"
+
 #include "vylist.h"
 #include "vystring.h"
 
-class VyStringList : public VyList<VyString>
+class VY_EXPORT VyStringList : public VyList<VyString>
 {
 public:
     VyStringList() {}

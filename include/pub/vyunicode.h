@@ -1,7 +1,7 @@
 // Unicode character properties of the Basic Multilingual Plane (U+0000 to U+FFFF): general
 // category, decimal digit value, single-unit case mappings and simple case folding.
 //
-// The data lives in constant tables compiled into the library (src/vyunicodetables.cpp, made
+// The data lives in constant tables compiled into the library (src/strings/vyunicodetables.cpp, made
 // by tools/vyunicodegen from the Unicode Character Database). Nothing is loaded, allocated or
 // locked at run time, so every function here may be called from any thread at any time.
 // Supplementary code points are not covered: a caller that combines a surrogate pair looks up
@@ -9,7 +9,9 @@
 #ifndef VYUNICODE_H
 #define VYUNICODE_H
 
-struct VyUnicodeTables {
+#include "vyglobal.h"
+
+struct VY_EXPORT VyUnicodeTables {
     // General-category codes stored in Properties::category.
     enum Category {
         Unused = 0, // no code point carries it
@@ -98,7 +100,7 @@ struct VyUnicodeTables {
 
 static_assert(sizeof(VyUnicodeTables::Properties) == 20, "property records are 20 bytes");
 
-class VyUnicode
+class VY_EXPORT VyUnicode
 {
 public:
     // True for U+0009 to U+000D and for the space, line and paragraph separators (Zs, Zl,

@@ -21,7 +21,7 @@
 #include <string.h>
 #include <type_traits>
 
-struct VyVectorData {
+struct VY_EXPORT VyVectorData {
     std::atomic<int> ref;
     int alloc;
     int size;

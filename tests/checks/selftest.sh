@@ -40,7 +40,6 @@ tree() {
         >"$t/include/pub/vya.h"
     printf '#ifndef B_H\n#define B_H\nstruct VyB { int x; };\n#endif\n' >"$t/include/core/vyb.h"
     printf '#include "vya.h"\nint main() { return 0; }\n' >"$t/src/vya.cpp"
-    printf '#include <ft2build.h>\n#include FT_FREETYPE_H\n' >"$t/src/vyfreetype.cpp"
     echo "$t"
 }
 
@@ -58,18 +57,39 @@ printf 'struct VyD { int y; };\n' >"$t/include/core/vyd.h"
 expect fail headers_no_guard include/core/vyd.h \
     "$checks/headers_standalone.sh" "$t" "$work/out3" "${compiler[@]}"
 
-# FreeType wall: the rasteriser may include it; a header, another source or a tool may not.
-t=$(tree wall_clean)
-expect pass wall_clean "" "$checks/freetype_wall.sh" "$t"
-t=$(tree wall_header)
-printf '#pragma once\n#include <freetype/freetype.h>\n' >"$t/include/pub/vyleak.h"
-expect fail wall_header include/pub/vyleak.h "$checks/freetype_wall.sh" "$t"
-t=$(tree wall_source)
-printf '  #  include "ft2build.h"\n' >"$t/src/vyfontcache.cpp"
-expect fail wall_source src/vyfontcache.cpp "$checks/freetype_wall.sh" "$t"
-t=$(tree wall_macro)
-printf '#include FT_OUTLINE_H\n' >"$t/tools/vytext.cpp"
-expect fail wall_macro tools/vytext.cpp "$checks/freetype_wall.sh" "$t"
+# Family graph: a clean tree, an upward include, a private header of another family, the image
+# family reaching past the glyph record, and a header with no family.
+deps=$work/deps
+mkdir -p "$deps/include/pub" "$deps/src/text" "$deps/src/image" "$deps/src/geometry" \
+    "$deps/src/datetime"
+printf '#include "vyglobal.h"\n' >"$deps/include/pub/vystring.h"
+: >"$deps/include/pub/vyglobal.h"
+printf '#include "vystring.h"\n#include "vyshapingprivate.h"\n' >"$deps/src/text/vyshaping.cpp"
+: >"$deps/src/text/vyshapingprivate.h"
+printf '#include "vyfont.h"\n#include "vyglobal.h"\n' >"$deps/src/image/vybmpdata.cpp"
+expect pass deps_clean "" "$checks/dependencies.sh" "$deps"
+printf '#include "vyfontmetrics.h"\n' >"$deps/src/geometry/vyrect.cpp"
+expect fail deps_upward src/geometry/vyrect.cpp "$checks/dependencies.sh" "$deps"
+rm "$deps/src/geometry/vyrect.cpp"
+printf '#include "vyshapingprivate.h"\n' >"$deps/src/datetime/vydate.cpp"
+expect fail deps_private src/datetime/vydate.cpp "$checks/dependencies.sh" "$deps"
+rm "$deps/src/datetime/vydate.cpp"
+printf '#include "vyfontcache.h"\n' >"$deps/src/image/vybitmap.cpp"
+expect fail deps_image src/image/vybitmap.cpp "$checks/dependencies.sh" "$deps"
+rm "$deps/src/image/vybitmap.cpp"
+: >"$deps/include/pub/vynew.h"
+expect fail deps_no_family include/pub/vynew.h "$checks/dependencies.sh" "$deps"
+
+# Exported symbols: a library that matches its list, then one that exports one more function.
+syms=$work/syms
+mkdir -p "$syms"
+printf 'int vyKept(int x) { return x; }\n' >"$syms/a.cpp"
+"${compiler[@]}" -shared -fPIC "$syms/a.cpp" -o "$syms/liba.so"
+"$checks/exported_symbols.sh" --update "$syms/liba.so" "$syms/list" >/dev/null
+expect pass symbols_clean "" "$checks/exported_symbols.sh" "$syms/liba.so" "$syms/list"
+printf 'int vyLeaked(int x) { return x; }\n' >>"$syms/a.cpp"
+"${compiler[@]}" -shared -fPIC "$syms/a.cpp" -o "$syms/liba.so"
+expect fail symbols_leak "vyLeaked(int)" "$checks/exported_symbols.sh" "$syms/liba.so" "$syms/list"
 
 # Outside references, in a git checkout (tracked files only) and in a plain tree.
 ref=Par

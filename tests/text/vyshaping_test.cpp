@@ -3,7 +3,7 @@
 // the allocation failure, and a randomized check of the run reversal against a plain model.
 #include "vyshaping.h"
 
-#include "../../src/vyshapingprivate.h"
+#include "../../src/text/vyshapingprivate.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Unicode properties of the Basic Multilingual Plane, for vyunicode.h.
 //
 // generated — do not edit.
-// Command: vyunicodegen /usr/share/unicode src/vyunicodetables.cpp
+// Command: vyunicodegen /usr/share/unicode src/strings/vyunicodetables.cpp
 // Input:   Unicode 15.0.0 (UnicodeData.txt, SpecialCasing.txt, CaseFolding.txt)
 // 216 records, 12672 index entries (2048 row offsets, 332 rows of 32).
 // clang-format off
