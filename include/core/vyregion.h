@@ -14,8 +14,10 @@
 // rectangles as given. Each record caches its bounding box and its largest rectangle; most
 // operations first try cheap answers from those two before walking the bands.
 //
-// Threads: the reference counts are atomic, but the free list and the in-place conversion of
-// `rects()` are not locked. Use regions from one thread, or share them read-only.
+// Threads: the reference counts are atomic, but the process-wide free list of records and the
+// in-place conversion of `rects()` are not locked. Every region made or released touches the
+// free list, so all regions of the process belong to one thread at a time, even regions that
+// share nothing; a region shared read-only is not safe either, since `rects()` writes it.
 #ifndef VYREGION_H
 #define VYREGION_H
 

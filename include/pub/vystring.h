@@ -355,9 +355,26 @@ public:
     // most that many bytes), `%c` one byte as a unit (`%lc` a unit), `%p` "0x" and lower-case
     // hex digits, `%n` stores the units written so far. An unknown conversion is copied as it
     // stands. The result has no length limit of its own (beyond a string's INT_MAX units, past
-    // which std::bad_alloc is thrown). Numbers are written by VyLocale with its symbols
-    // and agree with C's snprintf in the C locale, except that `'` groups with
-    // VyLocale::mGroupSeparator.
+    // which std::bad_alloc is thrown).
+    //
+    // Numbers are written by VyLocale with its symbols (%a excepted). While the symbols keep
+    // their initial values the text is that of C's snprintf in the C locale, except:
+    // - `'` groups with VyLocale::mGroupSeparator (',') where the C locale does not group.
+    // - A NaN prints as "nan" whatever its sign bit, and takes `+` and space like a positive
+    //   number ("+nan").
+    // - `%n` counts UTF-16 units, not bytes.
+    // - A width counts UTF-16 units: a character above U+007F fills one place, where C counts
+    //   each of its two or three UTF-8 bytes.
+    // - `%Le`, `%Lf`, `%Lg` and `%La` convert the long double to double first.
+    // - `%p` of a null pointer prints "0x0"; `%p` takes `-` and the width only, no other flag
+    //   and no precision.
+    // - Text is decoded like the `const char*` constructor decodes it: four-byte sequences and
+    //   stray bytes are dropped, and so is a character that a `%s` precision cuts in two.
+    // - `%c` writes its byte as the unit U+0000 to U+00FF; `l` does not change `%s`, which
+    //   always reads a `const char*`.
+    // - A null `%s` prints "(null)", cut by the precision like any other text.
+    // - Positional arguments (`%1$d`), `%m`, `%C`, `%S` and a `%` conversion with flags or a
+    //   width (`%5%`) are copied as they stand and take no argument.
     VyString& sprintf(const char* format, ...) __attribute__((format(printf, 2, 3)));
     VyString& vsprintf(const char* format, va_list ap) __attribute__((format(printf, 2, 0)));
 
