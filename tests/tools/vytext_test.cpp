@@ -508,6 +508,27 @@ TEST_F(Vytext, ImageIsTheBoxWithTheGlyphsInk)
     EXPECT_EQ(readFile(small).size(), 1078u + 8 * 3);
 }
 
+TEST_F(Vytext, DocsSpecimenIsWhatTheToolDraws)
+{
+    // Pixels and size rather than bytes: another libpng or zlib may compress the same pixels
+    // into other bytes.
+    const std::string docs = VY_DOCS;
+    std::ifstream list(docs + "/specimen.args");
+    std::vector<std::string> args;
+    for (std::string a; std::getline(list, a);)
+        args.push_back(a);
+    ASSERT_FALSE(args.empty()) << "no arguments in " << docs << "/specimen.args";
+    const std::string png = scratch() + "/specimen.png";
+    args.insert(args.end(), {"-o", png});
+    const Result r = run(args);
+    ASSERT_EQ(r.status, 0) << r.err;
+    const Picture drawn = readPng(png), committed = readPng(docs + "/specimen.png");
+    EXPECT_GT(drawn.width, 0);
+    EXPECT_EQ(drawn.width, committed.width);
+    EXPECT_EQ(drawn.height, committed.height);
+    EXPECT_TRUE(drawn.pixels == committed.pixels) << "run ./scripts/demo to draw it again";
+}
+
 TEST_F(Vytext, ErrorsAreOneLineAndAFailure)
 {
     const std::string garbage = scratch() + "/garbage.otf";
