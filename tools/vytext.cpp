@@ -1,16 +1,17 @@
 // vytext — previews text exactly as libvy lays it out: the lines, their rectangles and the
-// placed paint records as text or JSON, and optionally the records painted into a BMP image.
+// placed paint records as text or JSON, and optionally the records painted into a PNG or BMP
+// image.
 // See `vytext --help` (vytextoptions.cpp) for the options and the painting rule.
 //
 // The tool checks everything the library would handle by ending the process or by repairing
 // silently: the font file is tried in a child process before the library opens it, and the
 // text must be strict UTF-8.
+#include "vytextimage.h"
 #include "vytextlayout.h"
 #include "vytextoptions.h"
 #include "vytextoutput.h"
 #include "vytextutf8.h"
 
-#include "vybmpdata.h"
 #include "vyfontcache.h"
 #include "vyfontmetrics.h"
 
@@ -166,7 +167,7 @@ bool recordsFit(const VyString& text, bool wrap)
     return lines * text.size() <= MaxRecordGlyphs;
 }
 
-bool writeImage(const std::string& path, const TextLayout& layout, const VyTextOptions& o)
+bool writeImage(const TextLayout& layout, const VyTextOptions& o)
 {
     std::vector<unsigned char> pixels;
     if (!paintLayout(layout, o.boxX, o.boxY, o.boxW, o.boxH, pixels)) {
@@ -174,23 +175,16 @@ bool writeImage(const std::string& path, const TextLayout& layout, const VyTextO
              MaxPaintedPixels);
         return false;
     }
-    // The writer reports a file it could not create as it reports success, so the file is
-    // created here first and its size checked afterwards.
-    FILE* f = fopen(path.c_str(), "wb");
-    if (!f) {
-        fail("cannot write %s: %s", path.c_str(), strerror(errno));
-        return false;
-    }
-    fclose(f);
-    Image image{o.boxW, o.boxH, 1, pixels.data()};
-    BmpData().SaveImage(path.c_str(), &image);
-    const long long stride = (o.boxW + 3) / 4 * 4;
-    struct stat st;
-    if (stat(path.c_str(), &st) != 0 || st.st_size != 1078 + stride * o.boxH) {
-        fail("writing %s failed", path.c_str());
-        return false;
-    }
-    return true;
+    if (o.scale != 1 || o.invert)
+        pixels = enlarge(pixels, o.boxW, o.boxH, o.scale, o.invert);
+    const int width = o.boxW * o.scale, height = o.boxH * o.scale;
+    std::string error;
+    const bool written = o.imageFormat == ImageFormat::Png
+                             ? writePng(o.image, pixels, width, height, error)
+                             : writeBmp(o.image, pixels, width, height, error);
+    if (!written)
+        fail("%s", error.c_str());
+    return written;
 }
 
 // Lays the text out and shows it: the image first, so that a failed image prints nothing.
@@ -209,7 +203,7 @@ int layOutAndShow(const VyTextOptions& o, const std::vector<unsigned short>& uni
     if (o.alignment >= 0)
         m.setAlignment(o.alignment);
     const TextLayout layout = readLayout(m);
-    if (!o.image.empty() && !writeImage(o.image, layout, o))
+    if (!o.image.empty() && !writeImage(layout, o))
         return 1;
     if (o.format == OutputFormat::Dump)
         printDump(stdout, layout, o.size);

@@ -4,6 +4,7 @@
 #include <getopt.h>
 #include <stdlib.h>
 #include <string.h>
+#include <strings.h>
 
 namespace
 {
@@ -13,6 +14,7 @@ namespace
 const long MaxCoordinate = 1000000;
 const long MaxSpacing = 1000;
 const int MaxImageSide = 8192;
+const long MaxScale = 16;
 
 enum LongOption {
     OptFont = 256,
@@ -25,6 +27,8 @@ enum LongOption {
     OptBold,
     OptHeavy,
     OptCacheLimit,
+    OptScale,
+    OptInvert,
     OptDump,
     OptJson
 };
@@ -40,6 +44,8 @@ const option longOptions[] = {{"font", required_argument, nullptr, OptFont},
                               {"heavy", no_argument, nullptr, OptHeavy},
                               {"cache-limit", required_argument, nullptr, OptCacheLimit},
                               {"output", required_argument, nullptr, 'o'},
+                              {"scale", required_argument, nullptr, OptScale},
+                              {"invert", no_argument, nullptr, OptInvert},
                               {"dump", no_argument, nullptr, OptDump},
                               {"json", no_argument, nullptr, OptJson},
                               {"help", no_argument, nullptr, 'h'},
@@ -133,6 +139,13 @@ bool parseAlignment(const std::string& text, int& flags)
     return true;
 }
 
+// True when `name` ends in `extension`, in any letter case.
+bool hasExtension(const std::string& name, const char* extension)
+{
+    const size_t n = strlen(extension);
+    return name.size() > n && strcasecmp(name.c_str() + name.size() - n, extension) == 0;
+}
+
 } // namespace
 
 bool parseOptions(int argc, char** argv, VyTextOptions& o, std::string& error)
@@ -188,6 +201,12 @@ bool parseOptions(int argc, char** argv, VyTextOptions& o, std::string& error)
         case OptCacheLimit:
             ok = parseInt("cache-limit", optarg, -1, 0x7fffffff, o.cacheLimit, error);
             break;
+        case OptScale:
+            ok = parseInt("scale", optarg, 1, MaxScale, o.scale, error);
+            break;
+        case OptInvert:
+            o.invert = true;
+            break;
         case OptDump:
         case OptJson: {
             const OutputFormat f = c == OptDump ? OutputFormat::Dump : OutputFormat::Json;
@@ -219,17 +238,27 @@ bool parseOptions(int argc, char** argv, VyTextOptions& o, std::string& error)
         return false;
     }
     o.text = argv[optind];
-    if (!o.image.empty()) {
-        if (!o.hasBox) {
-            error = "-o needs --box X,Y,W,H: the image is the box";
+    if (o.image.empty()) {
+        if (o.scale != 1 || o.invert) {
+            error = "--scale and --invert change the image: give -o FILE";
             return false;
         }
-        if (o.boxW > MaxImageSide || o.boxH > MaxImageSide) {
-            error = "with -o the box may be at most " + std::to_string(MaxImageSide) + " by " +
-                    std::to_string(MaxImageSide) + " pixels";
-            return false;
-        }
+        return true;
     }
+    if (!o.hasBox) {
+        error = "-o needs --box X,Y,W,H: the image is the box";
+        return false;
+    }
+    if (long(o.boxW) * o.scale > MaxImageSide || long(o.boxH) * o.scale > MaxImageSide) {
+        error = "with -o the box times the scale may be at most " + std::to_string(MaxImageSide) +
+                " by " + std::to_string(MaxImageSide) + " pixels";
+        return false;
+    }
+    if (!hasExtension(o.image, ".png") && !hasExtension(o.image, ".bmp")) {
+        error = "-o wants a file name ending in .png or .bmp, not '" + o.image + "'";
+        return false;
+    }
+    o.imageFormat = hasExtension(o.image, ".png") ? ImageFormat::Png : ImageFormat::Bmp;
     return true;
 }
 
@@ -238,7 +267,8 @@ const char* helpText()
     return R"(usage: vytext [options] TEXT      (TEXT "-" reads UTF-8 from standard input)
 
 Lays TEXT out with libvy exactly as a framework widget would (VyFontMetrics: measuring,
-line division, paint records) and prints the lines, optionally painting them into a BMP.
+line division, paint records) and prints the lines, optionally painting them into a PNG or
+BMP image.
 
   --font PATH          font file (default: $VY_FONTLIB, else
                        /usr/share/fonts/opentype/unifont/unifont.otf)
@@ -252,9 +282,12 @@ line division, paint records) and prints the lines, optionally painting them int
   --bold               the font's boldFace bit: drawn slanted, widens line rectangles
   --heavy              the font's heavyFace bit: drawn with an emboldened outline
   --cache-limit BYTES  glyph cache pixel limit (-1: none, the default)
-  -o FILE.bmp          paint the records into an 8-bit grey image of the box (needs --box;
-                       at most 8192 pixels a side); black text on white, rows padded to 4
-                       bytes show as black columns on the right
+  -o FILE.png          paint the records into an 8-bit grey PNG of the box (needs --box;
+                       at most 8192 pixels a side after scaling); black text on white
+  -o FILE.bmp          the same as a BMP, written by the library; rows padded to 4 bytes
+                       show as black columns on the right
+  --scale N            with -o, each box pixel becomes N x N image pixels (1 to 16)
+  --invert             with -o, white text on black
   --dump               print text, lines, rectangles and placed records as text
   --json               the same as one JSON object
   -h, --help           this text

@@ -5,6 +5,8 @@
 #include <string>
 
 enum class OutputFormat { Lines, Dump, Json };
+// Chosen by the -o file name's extension.
+enum class ImageFormat { Bmp, Png };
 
 struct VyTextOptions {
     // The TEXT argument as given; "-" reads standard input.
@@ -26,6 +28,11 @@ struct VyTextOptions {
     bool heavy = false;
     int cacheLimit = -1;
     std::string image;
+    ImageFormat imageFormat = ImageFormat::Bmp;
+    // Each box pixel becomes a scale × scale square of the image.
+    int scale = 1;
+    // Light text on a dark background.
+    bool invert = false;
     OutputFormat format = OutputFormat::Lines;
     bool help = false;
 };

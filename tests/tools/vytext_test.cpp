@@ -2,6 +2,7 @@
 // half-width glyphs size / 2, full-width ones size. The expected lines, rectangles, placements
 // and pixels are worked out here from those advances and the layout rules.
 #include <gtest/gtest.h>
+#include <png.h>
 
 #include <fcntl.h>
 #include <stdio.h>
@@ -392,50 +393,112 @@ TEST_F(Vytext, LinesDumpAndJsonAgree)
     EXPECT_TRUE(empty["lines"].items.empty() && empty["records"].items.empty());
 }
 
-uint32_t le(const std::string& b, size_t at, int bytes)
+// The unsigned number of `bytes` bytes at `at`, least significant byte first (BMP) or last.
+uint32_t number(const std::string& b, size_t at, int bytes, bool bigEndian = false)
 {
     uint32_t v = 0;
-    for (int i = bytes - 1; i >= 0; --i)
-        v = v << 8 | static_cast<unsigned char>(b[at + size_t(i)]);
+    for (int k = 0; k < bytes; ++k)
+        v = v << 8 | static_cast<unsigned char>(b[at + size_t(bigEndian ? k : bytes - 1 - k)]);
     return v;
+}
+
+// Grey pixels, rows top to bottom.
+struct Picture {
+    int width = 0;
+    int height = 0;
+    std::vector<unsigned char> pixels;
+};
+
+// A PNG file decoded to 8-bit grey; an empty picture when it cannot be read.
+Picture readPng(const std::string& path)
+{
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    Picture p;
+    if (!png_image_begin_read_from_file(&image, path.c_str()))
+        return p;
+    image.format = PNG_FORMAT_GRAY;
+    p.pixels.resize(PNG_IMAGE_SIZE(image));
+    if (png_image_finish_read(&image, nullptr, p.pixels.data(), 0, nullptr)) {
+        p.width = int(image.width);
+        p.height = int(image.height);
+    }
+    return p;
+}
+
+// The 8-bit BMP of a w × h box with its header and grey palette checked; its rows are padded
+// to 4 bytes.
+Picture readBmp(const std::string& b, int w, int h)
+{
+    const int stride = (w + 3) / 4 * 4;
+    if (b.size() != 1078u + size_t(stride * h) || b.substr(0, 2) != "BM") {
+        ADD_FAILURE() << "not an 8-bit BMP of " << stride << " x " << h;
+        return {};
+    }
+    // Offset, width in bytes and value of each header field.
+    const uint32_t header[] = {
+        2,  4, uint32_t(b.size()), 10, 4, 1078, 14, 4, 40, 18, 4, uint32_t(stride),
+        22, 4, uint32_t(h),        26, 2, 1,    28, 2, 8};
+    for (size_t i = 0; i < std::size(header); i += 3)
+        EXPECT_EQ(number(b, header[i], int(header[i + 1])), header[i + 2]) << "byte " << header[i];
+    for (uint32_t i = 0; i < 256; ++i)
+        EXPECT_EQ(number(b, 54 + 4 * i, 4), i | i << 8 | i << 16);
+    Picture p{stride, h, {}};
+    for (int y = h - 1; y >= 0; --y)
+        p.pixels.insert(p.pixels.end(), b.begin() + 1078 + y * stride,
+                        b.begin() + 1078 + (y + 1) * stride);
+    return p;
 }
 
 TEST_F(Vytext, ImageIsTheBoxWithTheGlyphsInk)
 {
-    // Full and left-half blocks: their coverage fills their bitmaps.
-    const std::string bmp = scratch() + "/blocks.bmp";
-    const int boxX = 3, boxY = 5, w = 30, h = 40, stride = 32;
-    const Json j =
-        layout({"--box", "3,5,30,40", "--align", "left,top", "--letter-spacing", "1", "-o", bmp},
-               "\u2588\u258C\u2588");
-    const std::string b = readFile(bmp);
-    ASSERT_EQ(b.size(), 1078u + stride * h);
-    EXPECT_EQ(b.substr(0, 2), "BM");
-    // Offset, width in bytes and value of each header field.
-    const uint32_t header[] = {
-        2, 4, uint32_t(b.size()), 10, 4, 1078, 14, 4, 40, 18, 4, stride, 22, 4, h, 26, 2, 1, 28,
-        2, 8};
-    for (size_t i = 0; i < std::size(header); i += 3) {
-        EXPECT_EQ(le(b, header[i], int(header[i + 1])), header[i + 2]) << "byte " << header[i];
-    }
-    for (uint32_t i = 0; i < 256; ++i)
-        ASSERT_EQ(le(b, 54 + 4 * i, 4), i | i << 8 | i << 16);
-
-    const Json& r = j["records"][0];
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < stride; ++x) {
-            const unsigned char p =
-                static_cast<unsigned char>(b[1078 + size_t(h - 1 - y) * stride + x]);
-            bool ink = false;
-            for (const Json& g : r["glyphs"].items) {
-                const int gx = g["pen"].n() + g["left"].n() - boxX;
-                const int gy = r["baseline"].n() - g["top"].n() - boxY;
-                ink |= x >= gx && x < gx + g["width"].n() && y >= gy && y < gy + g["rows"].n();
-            }
-            // Columns past the box are the writer's row padding.
-            const int want = x >= w ? 0 : ink ? 0 : 255;
-            ASSERT_EQ(p, want) << "pixel " << x << "," << y;
+    struct Case {
+        const char* file;
+        bool png;
+        int scale;
+        bool invert;
+    };
+    const Case cases[] = {{"blocks.bmp", false, 1, false},
+                          {"blocks.png", true, 1, false},
+                          {"big.PNG", true, 3, true}};
+    const int boxX = 3, boxY = 5, w = 30, h = 40;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.file);
+        const std::string path = scratch() + "/" + c.file;
+        std::vector<std::string> args{"--scale", std::to_string(c.scale), "-o", path};
+        args.insert(args.end(),
+                    {"--box", "3,5,30,40", "--align", "left,top", "--letter-spacing", "1"});
+        if (c.invert)
+            args.push_back("--invert");
+        // Full and left-half blocks: their coverage fills their bitmaps.
+        const Json j = layout(args, "\u2588\u258C\u2588");
+        const std::string b = readFile(path);
+        const Picture pic = c.png ? readPng(path) : readBmp(b, w, h);
+        if (c.png) {
+            EXPECT_EQ(b.substr(0, 16), std::string("\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR", 16));
+            // Width, height, 8 bits a sample, greyscale.
+            EXPECT_EQ(number(b, 16, 4, true), uint32_t(w * c.scale));
+            EXPECT_EQ(number(b, 20, 4, true), uint32_t(h * c.scale));
+            EXPECT_EQ(number(b, 24, 2, true), 0x0800u);
         }
+        ASSERT_EQ(pic.height, h * c.scale);
+        ASSERT_EQ(pic.width, (c.png ? w : (w + 3) / 4 * 4) * c.scale);
+        const Json& r = j["records"][0];
+        for (int y = 0; y < pic.height; ++y)
+            for (int x = 0; x < pic.width; ++x) {
+                const int bx = x / c.scale, by = y / c.scale;
+                bool ink = false;
+                for (const Json& g : r["glyphs"].items) {
+                    const int gx = g["pen"].n() + g["left"].n() - boxX;
+                    const int gy = r["baseline"].n() - g["top"].n() - boxY;
+                    ink |=
+                        bx >= gx && bx < gx + g["width"].n() && by >= gy && by < gy + g["rows"].n();
+                }
+                // Columns past the box are the BMP writer's row padding.
+                const int want = bx >= w ? 0 : ink != c.invert ? 0 : 255;
+                ASSERT_EQ(pic.pixels[size_t(y * pic.width + x)], want) << "pixel " << x << "," << y;
+            }
+    }
 
     // Glyphs far outside a small box are clipped away.
     const std::string small = scratch() + "/small.bmp";
@@ -443,6 +506,27 @@ TEST_F(Vytext, ImageIsTheBoxWithTheGlyphsInk)
                                 "right", "-o", small, "\u2588\u2588\u2588"});
     EXPECT_EQ(clipped.status, 0) << clipped.err;
     EXPECT_EQ(readFile(small).size(), 1078u + 8 * 3);
+}
+
+TEST_F(Vytext, DocsSpecimenIsWhatTheToolDraws)
+{
+    // Pixels and size rather than bytes: another libpng or zlib may compress the same pixels
+    // into other bytes.
+    const std::string docs = VY_DOCS;
+    std::ifstream list(docs + "/specimen.args");
+    std::vector<std::string> args;
+    for (std::string a; std::getline(list, a);)
+        args.push_back(a);
+    ASSERT_FALSE(args.empty()) << "no arguments in " << docs << "/specimen.args";
+    const std::string png = scratch() + "/specimen.png";
+    args.insert(args.end(), {"-o", png});
+    const Result r = run(args);
+    ASSERT_EQ(r.status, 0) << r.err;
+    const Picture drawn = readPng(png), committed = readPng(docs + "/specimen.png");
+    EXPECT_GT(drawn.width, 0);
+    EXPECT_EQ(drawn.width, committed.width);
+    EXPECT_EQ(drawn.height, committed.height);
+    EXPECT_TRUE(drawn.pixels == committed.pixels) << "run ./scripts/demo to draw it again";
 }
 
 TEST_F(Vytext, ErrorsAreOneLineAndAFailure)
@@ -474,6 +558,11 @@ TEST_F(Vytext, ErrorsAreOneLineAndAFailure)
         {{"--font", garbage, "x"}, "", garbage},
         {{"-"}, std::string(300000, 'a'), "too long"},
         {{"--box", "0,0,8,8", "-o", "/nonexistent/dir/x.bmp", "x"}, "", "/nonexistent/dir/x.bmp"},
+        {{"--box", "0,0,8,8", "-o", "/nonexistent/dir/x.png", "x"}, "", "/nonexistent/dir/x.png"},
+        {{"--box", "0,0,8,8", "-o", "x.gif", "x"}, "", ".png"},
+        {{"--box", "0,0,8,8", "--scale", "17", "-o", "x.png", "x"}, "", "--scale"},
+        {{"--box", "0,0,1000,8", "--scale", "9", "-o", "x.png", "x"}, "", "8192"},
+        {{"--invert", "x"}, "", "-o FILE"},
     };
     std::vector<Case> all(std::begin(cases), std::end(cases));
     // Stray, overlong, surrogate, out-of-range and cut-off sequences.
