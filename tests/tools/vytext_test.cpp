@@ -510,8 +510,8 @@ TEST_F(Vytext, ImageIsTheBoxWithTheGlyphsInk)
 
 TEST_F(Vytext, DocsSpecimenIsWhatTheToolDraws)
 {
-    // Pixels and size rather than bytes: another libpng or zlib may compress the same pixels
-    // into other bytes.
+    // The same bytes: the tool writes PNG with fixed settings (grey, compression level, filters,
+    // no time chunk), so a drawing that changes in any pixel changes the file.
     const std::string docs = VY_DOCS;
     std::ifstream list(docs + "/specimen.args");
     std::vector<std::string> args;
@@ -522,11 +522,9 @@ TEST_F(Vytext, DocsSpecimenIsWhatTheToolDraws)
     args.insert(args.end(), {"-o", png});
     const Result r = run(args);
     ASSERT_EQ(r.status, 0) << r.err;
-    const Picture drawn = readPng(png), committed = readPng(docs + "/specimen.png");
-    EXPECT_GT(drawn.width, 0);
-    EXPECT_EQ(drawn.width, committed.width);
-    EXPECT_EQ(drawn.height, committed.height);
-    EXPECT_TRUE(drawn.pixels == committed.pixels) << "run ./scripts/demo to draw it again";
+    const std::string drawn = readFile(png), committed = readFile(docs + "/specimen.png");
+    EXPECT_GT(drawn.size(), 8u);
+    EXPECT_TRUE(drawn == committed) << "run ./scripts/demo to draw docs/specimen.png again";
 }
 
 TEST_F(Vytext, ErrorsAreOneLineAndAFailure)
