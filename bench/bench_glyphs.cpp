@@ -384,17 +384,8 @@ int main(int argc, char** argv)
 {
     VyFontCache::instance()->setFontFile(VyString(kFontPath));
     registerBenchmarks();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
     GlyphReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    for (const vybench::RatioPair& pair : kPairs) {
-        const double library = reporter.time(pair.library);
-        const double reference = reporter.time(pair.reference);
-        if (library > 0 && reference > 0)
-            printf("ratio %s %.2f goal %.1f\n", pair.name, library / reference, pair.goal);
-    }
+    const int status = vybench::runWithRatios(argc, argv, kPairs, reporter);
 
     // Two threads: real time per step with two threads over one thread; 0.5 is perfect
     // scaling. Quoted only when the arithmetic loop shows the threads really ran in parallel.
@@ -416,6 +407,5 @@ int main(int argc, char** argv)
             }
         }
     }
-    benchmark::Shutdown();
-    return reporter.anyFailed() ? 1 : 0;
+    return status;
 }

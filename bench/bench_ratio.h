@@ -79,15 +79,16 @@ private:
     std::map<std::string, bool> failed_;
 };
 
-// The body of a benchmark program's main: runs what the command line selects and prints the
-// ratio line of every pair whose two sides ran. Returns the exit status: 1 when the arguments
-// were not understood or a benchmark failed (a reference disagreeing with the library, say).
-template <size_t N> int runWithRatios(int argc, char** argv, const RatioPair (&pairs)[N])
+// The body of a benchmark program's main: runs what the command line selects through
+// `reporter` and prints the ratio line of every pair whose two sides ran. Returns the exit
+// status: 1 when the arguments were not understood or a benchmark failed (a reference
+// disagreeing with the library, say).
+template <size_t N>
+int runWithRatios(int argc, char** argv, const RatioPair (&pairs)[N], RatioReporter& reporter)
 {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
-    RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     for (const RatioPair& pair : pairs) {
         const double library = reporter.time(pair.library);
@@ -97,6 +98,13 @@ template <size_t N> int runWithRatios(int argc, char** argv, const RatioPair (&p
     }
     benchmark::Shutdown();
     return reporter.anyFailed() ? 1 : 0;
+}
+
+// The same through a plain RatioReporter.
+template <size_t N> int runWithRatios(int argc, char** argv, const RatioPair (&pairs)[N])
+{
+    RatioReporter reporter;
+    return runWithRatios(argc, argv, pairs, reporter);
 }
 
 } // namespace vybench
