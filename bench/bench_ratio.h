@@ -64,13 +64,20 @@ public:
     // Seconds per iteration, or a negative value when the benchmark did not run or failed.
     double time(const std::string& name) const
     {
-        if (failed_.count(name))
-            return -1.0;
-        auto m = medians_.find(name);
-        if (m != medians_.end())
+        return failed_.count(name) ? -1.0 : medianOrSingle(medians_, singles_, name);
+    }
+
+protected:
+    // The median of `name` when there is one, else its single run, else a negative value.
+    static double medianOrSingle(const std::map<std::string, double>& medians,
+                                 const std::map<std::string, double>& singles,
+                                 const std::string& name)
+    {
+        auto m = medians.find(name);
+        if (m != medians.end())
             return m->second;
-        auto s = singles_.find(name);
-        return s != singles_.end() ? s->second : -1.0;
+        auto s = singles.find(name);
+        return s != singles.end() ? s->second : -1.0;
     }
 
 private:

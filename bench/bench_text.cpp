@@ -753,11 +753,7 @@ public:
 
     double realTime(const std::string& name) const
     {
-        auto m = realMedians.find(name);
-        if (m != realMedians.end())
-            return m->second;
-        auto s = realSingles.find(name);
-        return s != realSingles.end() ? s->second : -1.0;
+        return medianOrSingle(realMedians, realSingles, name);
     }
 
 private:
