@@ -639,10 +639,10 @@ void BM_RoadHarfBuzz(benchmark::State& state)
 // The font cache holds one font file at a time, and setFontFile frees every record, held or
 // not. Three groups of benchmarks use it, each with its own font and state: the glyphs DejaVu
 // Sans and the reader-locked map, the engine unifont with the paragraph warm, the layout unifont
-// with the mixed text measured and held and the Latin paragraph warm. Random
-// interleaving runs them in any order, so every benchmark of a group has a setup (outside the
-// timing) that hands the cache to its group: on a change it drops what the last group holds,
-// opens the group's font, which empties the cache, and builds the group's state again.
+// with the mixed text measured and held and the Latin paragraph warm. Random interleaving runs
+// them in any order, so every benchmark of a group has a setup (outside the timing) that hands
+// the cache to its group: on a change it drops what the last group holds, opens the group's
+// font, which empties the cache, and builds the group's state again.
 enum class Group { None, Glyphs, Engine, Layout };
 Group cacheOwner = Group::None;
 
