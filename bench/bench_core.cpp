@@ -1,4 +1,4 @@
-// The shared containers beside their standard-library counterparts, in one run.
+// The core benchmarks: the shared containers beside their standard-library counterparts.
 //
 // Each pair runs the same work on the same keys; after the run a summary line per pair
 // (bench_ratio.h) states the library's time over the reference's.

@@ -64,13 +64,20 @@ public:
     // Seconds per iteration, or a negative value when the benchmark did not run or failed.
     double time(const std::string& name) const
     {
-        if (failed_.count(name))
-            return -1.0;
-        auto m = medians_.find(name);
-        if (m != medians_.end())
+        return failed_.count(name) ? -1.0 : medianOrSingle(medians_, singles_, name);
+    }
+
+protected:
+    // The median of `name` when there is one, else its single run, else a negative value.
+    static double medianOrSingle(const std::map<std::string, double>& medians,
+                                 const std::map<std::string, double>& singles,
+                                 const std::string& name)
+    {
+        auto m = medians.find(name);
+        if (m != medians.end())
             return m->second;
-        auto s = singles_.find(name);
-        return s != singles_.end() ? s->second : -1.0;
+        auto s = singles.find(name);
+        return s != singles.end() ? s->second : -1.0;
     }
 
 private:
@@ -79,15 +86,16 @@ private:
     std::map<std::string, bool> failed_;
 };
 
-// The body of a benchmark program's main: runs what the command line selects and prints the
-// ratio line of every pair whose two sides ran. Returns the exit status: 1 when the arguments
-// were not understood or a benchmark failed (a reference disagreeing with the library, say).
-template <size_t N> int runWithRatios(int argc, char** argv, const RatioPair (&pairs)[N])
+// The body of a benchmark program's main: runs what the command line selects through
+// `reporter` and prints the ratio line of every pair whose two sides ran. Returns the exit
+// status: 1 when the arguments were not understood or a benchmark failed (a reference
+// disagreeing with the library, say).
+template <size_t N>
+int runWithRatios(int argc, char** argv, const RatioPair (&pairs)[N], RatioReporter& reporter)
 {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
-    RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     for (const RatioPair& pair : pairs) {
         const double library = reporter.time(pair.library);
@@ -97,6 +105,13 @@ template <size_t N> int runWithRatios(int argc, char** argv, const RatioPair (&p
     }
     benchmark::Shutdown();
     return reporter.anyFailed() ? 1 : 0;
+}
+
+// The same through a plain RatioReporter.
+template <size_t N> int runWithRatios(int argc, char** argv, const RatioPair (&pairs)[N])
+{
+    RatioReporter reporter;
+    return runWithRatios(argc, argv, pairs, reporter);
 }
 
 } // namespace vybench

@@ -1,4 +1,5 @@
-// The string's conversion, search, copy and append beside references doing the same work.
+// The strings benchmarks: the string's conversion, search, copy and append, and numbers to text
+// and back, beside references doing the same work.
 //
 // Conversion: 64 KB of UTF-8 (all ASCII, or a mix of Latin, Arabic and CJK words) to UTF-16
 // and the UTF-16 form back, through the library's converters, ICU's u_strFromUTF8 and
@@ -8,14 +9,24 @@
 // occurs only at the very end, beside std::u16string::find and std::search with
 // std::boyer_moore_horspool_searcher (built inside the loop, as indexOf builds its table).
 // Copy and append: beside std::u16string.
+// Numbers: VyString::number for 1024 ints of mixed length and 1024 doubles ('g', 6 digits)
+// beside std::to_chars into a stack buffer, the same followed by a std::u16string of the text
+// (a string result, as number gives), and snprintf; VyString::toInt and toDouble over 1024
+// prepared strings beside std::from_chars on the same text as bytes, the same after narrowing
+// the UTF-16 text into a stack buffer (a reader of UTF-16 text must do that), and
+// strtol/strtod.
 //
 // Each benchmark first checks that it computes what the library computes and fails otherwise.
 // After the run a ratio line per pair (bench_ratio.h) gives library time over reference time.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <functional>
 #include <random>
+#include <stdio.h>
+#include <stdlib.h>
 #include <string>
 #include <utility>
 #include <vector>
@@ -390,8 +401,308 @@ void BM_U16StringAppend(benchmark::State& state)
     state.SetBytesProcessed(int64_t(state.iterations()) * kPieces * kPieceUnits * 2);
 }
 
-// Every benchmark is named strings/<operation>/<input>/<implementation>, so a filter on
-// "strings" selects this program's benchmarks.
+// --- numbers ---
+
+constexpr int kNumberCount = 1024;
+
+const std::vector<int>& ints()
+{
+    static const std::vector<int> values = [] {
+        std::mt19937 rng(1);
+        std::vector<int> v;
+        for (int i = 0; i < kNumberCount; ++i)
+            v.push_back(int(rng()) >> (rng() % 31)); // every length from 1 to 10 digits
+        return v;
+    }();
+    return values;
+}
+
+const std::vector<double>& doubles()
+{
+    static const std::vector<double> values = [] {
+        std::mt19937_64 rng(2);
+        std::uniform_real_distribution<double> mantissa(-1.0, 1.0);
+        std::vector<double> v;
+        for (int i = 0; i < kNumberCount; ++i)
+            v.push_back(std::ldexp(mantissa(rng), int(rng() % 80) - 40));
+        return v;
+    }();
+    return values;
+}
+
+std::string toUtf8(const VyString& s)
+{
+    return std::string(s.toUtf8().constData());
+}
+
+template <typename T> std::vector<std::string> texts(const std::vector<T>& values)
+{
+    std::vector<std::string> out;
+    for (T v : values)
+        out.push_back(toUtf8(VyString::number(v)));
+    return out;
+}
+
+std::vector<VyString> vyTexts(const std::vector<std::string>& texts)
+{
+    std::vector<VyString> out;
+    for (const std::string& t : texts)
+        out.push_back(VyString(t.c_str()));
+    return out;
+}
+
+// Writing.
+
+void numberIntVy(benchmark::State& state)
+{
+    for (auto _ : state) {
+        for (int v : ints()) {
+            VyString s = VyString::number(v);
+            benchmark::DoNotOptimize(s.d);
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kNumberCount);
+}
+
+void numberIntToChars(benchmark::State& state)
+{
+    for (int v : ints()) {
+        char b[16];
+        if (std::string(b, std::to_chars(b, b + sizeof b, v).ptr) != toUtf8(VyString::number(v)))
+            state.SkipWithError("to_chars disagrees");
+    }
+    for (auto _ : state) {
+        for (int v : ints()) {
+            char b[16];
+            benchmark::DoNotOptimize(std::to_chars(b, b + sizeof b, v).ptr);
+            benchmark::ClobberMemory();
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kNumberCount);
+}
+
+void numberIntToCharsString(benchmark::State& state)
+{
+    for (auto _ : state) {
+        for (int v : ints()) {
+            char b[16];
+            char* end = std::to_chars(b, b + sizeof b, v).ptr;
+            std::u16string s(b, end);
+            benchmark::DoNotOptimize(s.data());
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kNumberCount);
+}
+
+void numberIntSnprintf(benchmark::State& state)
+{
+    for (auto _ : state) {
+        for (int v : ints()) {
+            char b[16];
+            benchmark::DoNotOptimize(snprintf(b, sizeof b, "%d", v));
+            benchmark::ClobberMemory();
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kNumberCount);
+}
+
+void numberDoubleVy(benchmark::State& state)
+{
+    for (auto _ : state) {
+        for (double v : doubles()) {
+            VyString s = VyString::number(v);
+            benchmark::DoNotOptimize(s.d);
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kNumberCount);
+}
+
+void numberDoubleToChars(benchmark::State& state)
+{
+    for (double v : doubles()) {
+        char b[32];
+        char* end = std::to_chars(b, b + sizeof b, v, std::chars_format::general, 6).ptr;
+        if (std::string(b, end) != toUtf8(VyString::number(v)))
+            state.SkipWithError("to_chars disagrees");
+    }
+    for (auto _ : state) {
+        for (double v : doubles()) {
+            char b[32];
+            benchmark::DoNotOptimize(
+                std::to_chars(b, b + sizeof b, v, std::chars_format::general, 6).ptr);
+            benchmark::ClobberMemory();
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kNumberCount);
+}
+
+void numberDoubleToCharsString(benchmark::State& state)
+{
+    for (auto _ : state) {
+        for (double v : doubles()) {
+            char b[32];
+            char* end = std::to_chars(b, b + sizeof b, v, std::chars_format::general, 6).ptr;
+            std::u16string s(b, end);
+            benchmark::DoNotOptimize(s.data());
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kNumberCount);
+}
+
+void numberDoubleSnprintf(benchmark::State& state)
+{
+    for (double v : doubles()) {
+        char b[32];
+        snprintf(b, sizeof b, "%g", v);
+        if (b != toUtf8(VyString::number(v)))
+            state.SkipWithError("snprintf disagrees");
+    }
+    for (auto _ : state) {
+        for (double v : doubles()) {
+            char b[32];
+            benchmark::DoNotOptimize(snprintf(b, sizeof b, "%g", v));
+            benchmark::ClobberMemory();
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kNumberCount);
+}
+
+// Reading.
+
+void toIntVy(benchmark::State& state)
+{
+    const std::vector<VyString> in = vyTexts(texts(ints()));
+    for (size_t i = 0; i < in.size(); ++i) {
+        bool ok;
+        if (in[i].toInt(&ok) != ints()[i] || !ok)
+            state.SkipWithError("toInt disagrees");
+    }
+    for (auto _ : state) {
+        for (const VyString& s : in)
+            benchmark::DoNotOptimize(s.toInt());
+    }
+    state.SetItemsProcessed(state.iterations() * kNumberCount);
+}
+
+void toIntFromChars(benchmark::State& state)
+{
+    const std::vector<std::string> in = texts(ints());
+    for (auto _ : state) {
+        for (const std::string& s : in) {
+            int v;
+            std::from_chars(s.data(), s.data() + s.size(), v);
+            benchmark::DoNotOptimize(v);
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kNumberCount);
+}
+
+// Narrows UTF-16 text into a stack buffer (failing on non-ASCII units) and parses that.
+template <typename T> bool fromUtf16(const VyString& s, T& v)
+{
+    char b[64];
+    const int n = s.size();
+    if (n > int(sizeof b))
+        return false;
+    const VyUcs2* u = s.unicode();
+    for (int i = 0; i < n; ++i) {
+        if (u[i] >= 0x80)
+            return false;
+        b[i] = char(u[i]);
+    }
+    return std::from_chars(b, b + n, v).ec == std::errc();
+}
+
+void toIntFromCharsUtf16(benchmark::State& state)
+{
+    const std::vector<VyString> in = vyTexts(texts(ints()));
+    for (auto _ : state) {
+        for (const VyString& s : in) {
+            int v = 0;
+            fromUtf16(s, v);
+            benchmark::DoNotOptimize(v);
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kNumberCount);
+}
+
+void toIntStrtol(benchmark::State& state)
+{
+    const std::vector<std::string> in = texts(ints());
+    for (auto _ : state) {
+        for (const std::string& s : in)
+            benchmark::DoNotOptimize(strtol(s.c_str(), nullptr, 10));
+    }
+    state.SetItemsProcessed(state.iterations() * kNumberCount);
+}
+
+// Shortest round-trip text, so every double reads back exactly.
+std::vector<std::string> doubleTexts()
+{
+    std::vector<std::string> out;
+    for (double v : doubles())
+        out.push_back(toUtf8(VyString::number(v, 'g', 17)));
+    return out;
+}
+
+void toDoubleVy(benchmark::State& state)
+{
+    const std::vector<VyString> in = vyTexts(doubleTexts());
+    for (size_t i = 0; i < in.size(); ++i) {
+        bool ok;
+        if (in[i].toDouble(&ok) != doubles()[i] || !ok)
+            state.SkipWithError("toDouble disagrees");
+    }
+    for (auto _ : state) {
+        for (const VyString& s : in)
+            benchmark::DoNotOptimize(s.toDouble());
+    }
+    state.SetItemsProcessed(state.iterations() * kNumberCount);
+}
+
+void toDoubleFromChars(benchmark::State& state)
+{
+    const std::vector<std::string> in = doubleTexts();
+    for (auto _ : state) {
+        for (const std::string& s : in) {
+            double v;
+            std::from_chars(s.data(), s.data() + s.size(), v);
+            benchmark::DoNotOptimize(v);
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kNumberCount);
+}
+
+void toDoubleFromCharsUtf16(benchmark::State& state)
+{
+    const std::vector<VyString> in = vyTexts(doubleTexts());
+    for (auto _ : state) {
+        for (const VyString& s : in) {
+            double v = 0;
+            fromUtf16(s, v);
+            benchmark::DoNotOptimize(v);
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kNumberCount);
+}
+
+void toDoubleStrtod(benchmark::State& state)
+{
+    const std::vector<std::string> in = doubleTexts();
+    for (size_t i = 0; i < in.size(); ++i) {
+        if (strtod(in[i].c_str(), nullptr) != doubles()[i])
+            state.SkipWithError("strtod disagrees");
+    }
+    for (auto _ : state) {
+        for (const std::string& s : in)
+            benchmark::DoNotOptimize(strtod(s.c_str(), nullptr));
+    }
+    state.SetItemsProcessed(state.iterations() * kNumberCount);
+}
+
+// The string benchmarks are named strings/<operation>/<input>/<implementation> and the number
+// ones numbers/<operation>/<implementation>, so a filter on "strings" or "numbers" selects
+// either half.
 void registerBenchmarks()
 {
     using benchmark::RegisterBenchmark;
@@ -424,6 +735,22 @@ void registerBenchmarks()
     }
     RegisterBenchmark("strings/append/vy", BM_VyAppend);
     RegisterBenchmark("strings/append/u16string", BM_U16StringAppend);
+    RegisterBenchmark("numbers/number_int/vy", numberIntVy);
+    RegisterBenchmark("numbers/number_int/to_chars", numberIntToChars);
+    RegisterBenchmark("numbers/number_int/to_chars_u16string", numberIntToCharsString);
+    RegisterBenchmark("numbers/number_int/snprintf", numberIntSnprintf);
+    RegisterBenchmark("numbers/number_double/vy", numberDoubleVy);
+    RegisterBenchmark("numbers/number_double/to_chars", numberDoubleToChars);
+    RegisterBenchmark("numbers/number_double/to_chars_u16string", numberDoubleToCharsString);
+    RegisterBenchmark("numbers/number_double/snprintf", numberDoubleSnprintf);
+    RegisterBenchmark("numbers/to_int/vy", toIntVy);
+    RegisterBenchmark("numbers/to_int/from_chars", toIntFromChars);
+    RegisterBenchmark("numbers/to_int/from_chars_utf16", toIntFromCharsUtf16);
+    RegisterBenchmark("numbers/to_int/strtol", toIntStrtol);
+    RegisterBenchmark("numbers/to_double/vy", toDoubleVy);
+    RegisterBenchmark("numbers/to_double/from_chars", toDoubleFromChars);
+    RegisterBenchmark("numbers/to_double/from_chars_utf16", toDoubleFromCharsUtf16);
+    RegisterBenchmark("numbers/to_double/strtod", toDoubleStrtod);
 }
 
 constexpr double kConversionGoal = 1.0;
@@ -472,6 +799,25 @@ const vybench::RatioPair kPairs[] = {
     {"copy_detached_4096_vs_u16string", "strings/copy_detached/4096/vy",
      "strings/copy/4096/u16string", kCopyGoal},
     {"append_vs_u16string", "strings/append/vy", "strings/append/u16string", kCopyGoal},
+    // The goal: within 1.5 times std::to_chars / std::from_chars. The C library's functions are
+    // reported against 1.0.
+    {"number_int_vs_to_chars", "numbers/number_int/vy", "numbers/number_int/to_chars", 1.5},
+    {"number_int_vs_to_chars_u16string", "numbers/number_int/vy",
+     "numbers/number_int/to_chars_u16string", 1.5},
+    {"number_int_vs_snprintf", "numbers/number_int/vy", "numbers/number_int/snprintf", 1.0},
+    {"number_double_vs_to_chars", "numbers/number_double/vy", "numbers/number_double/to_chars",
+     1.5},
+    {"number_double_vs_to_chars_u16string", "numbers/number_double/vy",
+     "numbers/number_double/to_chars_u16string", 1.5},
+    {"number_double_vs_snprintf", "numbers/number_double/vy", "numbers/number_double/snprintf",
+     1.0},
+    {"to_int_vs_from_chars", "numbers/to_int/vy", "numbers/to_int/from_chars", 1.5},
+    {"to_int_vs_from_chars_utf16", "numbers/to_int/vy", "numbers/to_int/from_chars_utf16", 1.5},
+    {"to_int_vs_strtol", "numbers/to_int/vy", "numbers/to_int/strtol", 1.0},
+    {"to_double_vs_from_chars", "numbers/to_double/vy", "numbers/to_double/from_chars", 1.5},
+    {"to_double_vs_from_chars_utf16", "numbers/to_double/vy", "numbers/to_double/from_chars_utf16",
+     1.5},
+    {"to_double_vs_strtod", "numbers/to_double/vy", "numbers/to_double/strtod", 1.0},
 };
 
 } // namespace

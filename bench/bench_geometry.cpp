@@ -1,5 +1,5 @@
-// Region set operations at 10, 100 and 1 000 rectangles, and the cost per curve of the Bezier
-// length and offset.
+// The geometry benchmarks: region set operations at 10, 100 and 1 000 rectangles, and the cost
+// per curve of the Bezier length and offset.
 //
 // The region operands are grids of 10 x 10 squares, 20 pixels apart, in bands of up to 32
 // squares, and the same grid moved by (5, 5), so every square overlaps four of the other's
@@ -118,17 +118,18 @@ void BM_BezierShifted(benchmark::State& state)
 }
 BENCHMARK(BM_BezierShifted);
 
+const vybench::RatioPair kPairs[] = {
+    {"region_unite_1000_vs_100", "BM_RegionUnite/1000", "BM_RegionUnite/100", 10.0},
+    {"region_unite_100_vs_10", "BM_RegionUnite/100", "BM_RegionUnite/10", 10.0},
+    {"region_intersect_1000_vs_100", "BM_RegionIntersect/1000", "BM_RegionIntersect/100", 10.0},
+    {"region_intersect_100_vs_10", "BM_RegionIntersect/100", "BM_RegionIntersect/10", 10.0},
+    {"region_subtract_1000_vs_100", "BM_RegionSubtract/1000", "BM_RegionSubtract/100", 10.0},
+    {"region_subtract_100_vs_10", "BM_RegionSubtract/100", "BM_RegionSubtract/10", 10.0},
+};
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    static const vybench::RatioPair pairs[] = {
-        {"region_unite_1000_vs_100", "BM_RegionUnite/1000", "BM_RegionUnite/100", 10.0},
-        {"region_unite_100_vs_10", "BM_RegionUnite/100", "BM_RegionUnite/10", 10.0},
-        {"region_intersect_1000_vs_100", "BM_RegionIntersect/1000", "BM_RegionIntersect/100", 10.0},
-        {"region_intersect_100_vs_10", "BM_RegionIntersect/100", "BM_RegionIntersect/10", 10.0},
-        {"region_subtract_1000_vs_100", "BM_RegionSubtract/1000", "BM_RegionSubtract/100", 10.0},
-        {"region_subtract_100_vs_10", "BM_RegionSubtract/100", "BM_RegionSubtract/10", 10.0},
-    };
-    return vybench::runWithRatios(argc, argv, pairs);
+    return vybench::runWithRatios(argc, argv, kPairs);
 }

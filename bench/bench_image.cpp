@@ -1,5 +1,5 @@
-// The BMP decoder on a 1024 × 768 image of each depth, beside a plain copy of the same pixels:
-// how close decoding comes to memory speed.
+// The image benchmarks: the BMP decoder on a 1024 × 768 image of each depth, beside a plain copy
+// of the same pixels: how close decoding comes to memory speed.
 //
 // BM_Decode/<depth> opens the file bytes as a memory stream, reads the header and decodes into
 // a buffer of 32-bit pixels; items are pixels, so items per second is pixels per second.
