@@ -60,16 +60,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         units.push_back(u < 0x100 ? kAlphabet[u % (sizeof kAlphabet / sizeof *kAlphabet)] : u);
     }
     VyString text(units.data(), int(units.size()));
-    // A consonant with a vowel above and a tone as the last three units makes measuring read
-    // one glyph past the end, which the vector's index assertion stops; keep such a cluster
-    // off the end.
-    const int n0 = text.size();
-    if (n0 >= 3) {
-        int tone = 0, upper = 0, lower = 0;
-        VyFontMetrics::thaiFontCheck(text.unicode() + n0 - 3, &tone, &upper, &lower);
-        if (upper && tone)
-            text.insert(n0, VyUcs2('a'));
-    }
 
     VyFontCache::instance()->clean();
     putGlyphs(text, font);

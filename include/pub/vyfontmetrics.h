@@ -86,7 +86,11 @@ public:
     VyVector<GlyphBitmap const*> glyphBitmap() const;
 
     // Measures every cell, appending to the two vectors and adding to `pixelLength`; returns
-    // `pixelLength`. Nothing is reset first (see the source).
+    // `pixelLength`. Nothing is reset first (see the source). The marks of a Thai cell are
+    // looked up at offsets from a running index, which can name the glyph after the cell; an
+    // index past the last glyph adds nothing. A text ending in a consonant, a vowel above and
+    // a tone (U+0E17 U+0E35 U+0E48, say) thus ends in one cell of 3 units as wide as the wider
+    // of the consonant and the vowel.
     int calcTextLength();
     // `pixelLength`, measured first when it is -1 (for the empty text: -1 every time).
     int lengthForPixel();
@@ -111,6 +115,8 @@ public:
     static void clearFontCache();
 
     // Breaks the text into lines; -1 for the empty text (the previous results stay), else 0.
+    // A Thai cell ending the text whose tone would take its width from past the last glyph
+    // keeps the width it has.
     int divideText();
     // (widest line, bottom of the last line + 1); (0, 0) without lines.
     VySize sizeHint();

@@ -82,12 +82,14 @@ int VyFontMetrics::calcTextLength()
             int tone = 0, upper = 0, lower = 0;
             VyFontEngine::displayThaiFont(text.unicode() + i, &tone, &upper, &lower);
             // Kept: each offset is added to the running index, which has already moved past
-            // the marks handled before it (upper 1 and tone 2 look at the glyph at start + 3).
-            // Cell widths of stacked Thai were tuned against this reading.
+            // the marks handled before it (upper 1 and tone 2 look at the glyph at start + 3,
+            // the unit after the cell). Cell widths of stacked Thai were tuned against this
+            // reading. When such a cell ends the text, that index is past the last glyph and
+            // adds nothing: the cell keeps the width it has and still counts its units.
             for (int offset : {upper, tone, lower}) {
                 if (!offset)
                     continue;
-                if (g.at(i + offset)->advance > w)
+                if (i + offset < g.size() && g.at(i + offset)->advance > w)
                     w = g.at(i + offset)->advance;
                 ++i;
             }

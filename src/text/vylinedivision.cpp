@@ -115,14 +115,16 @@ void divideLeftToRight(VyFontMetrics& m, LineBuilder& b)
                 VyFontEngine::displayThaiFont(t + i, &tone, &upper, &lower);
                 // Kept: each mark is compared at its offset from the consonant but taken at
                 // its offset from the running end of the cell. Thai line widths were tuned
-                // against this mix.
+                // against this mix. A cell with a vowel above and a tone that ends the text
+                // would take the tone's width from past the last glyph; it keeps its width.
                 const int marks[3] = {upper, tone, lower};
                 for (int mark = 0; mark < 3; ++mark) {
                     const int offset = marks[mark];
                     if (!offset)
                         continue;
-                    if (b.advance(i + offset) > w)
-                        w = mark == 0 ? b.advance(i + offset) : b.advance(e + offset);
+                    const int taken = mark == 0 ? i + offset : e + offset;
+                    if (b.advance(i + offset) > w && taken < b.g.size())
+                        w = b.advance(taken);
                     e += 1;
                 }
             }

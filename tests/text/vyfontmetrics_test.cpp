@@ -122,9 +122,12 @@ TEST_F(MeasuringTest, ThaiCellsTakeMarkOffsetsFromTheRunningIndex_Kept)
     EXPECT_EQ(values(below.characterWidth()), (std::vector<int>{12, 20}));
     EXPECT_EQ(values(below.charCombinationNum()), (std::vector<int>{3, 1}));
 
-    // At the very end of the text the first reading runs one glyph past the vector.
-    VyFontMetrics last(V({kThaiKo, kSaraI, kMaiEk}), kPlain, 0, 0);
-    EXPECT_DEATH(last.lengthForPixel(), literal("i >= 0 && i < d->size"));
+    // At the end of the text the tone's reading is past the last glyph and adds nothing: the
+    // wider tone does not widen the cell, which still counts all three units.
+    VyFontMetrics last(V({kThaiKo, kSaraI, kMaiEk}), kPlain, 0, 1);
+    EXPECT_EQ(last.lengthForPixel(), 9); // -1 + one spacing + 9
+    EXPECT_EQ(values(last.characterWidth()), (std::vector<int>{9}));
+    EXPECT_EQ(values(last.charCombinationNum()), (std::vector<int>{3}));
 }
 
 TEST_F(MeasuringTest, NextWordSizeInBothDirections_Kept)
