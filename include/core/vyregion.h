@@ -43,8 +43,9 @@ struct VY_EXPORT VyRegionPrivate {
     // The bounding box of all rectangles; the null rectangle when there are none.
     VyRect extents;
     // The first rectangle of strictly largest area, and that area, (x2 + 1 - x1) *
-    // (y2 + 1 - y1), clamped to the int range; -1 when there is none. A record on the free
-    // list uses the area's place as the list link.
+    // (y2 + 1 - y1), clamped to the int range; -1 when there is none. Areas are compared
+    // exactly (see keepLargest), never by the clamped value. A record on the free list uses
+    // the area's place as the list link.
     VyRect innerRect;
     union {
         int innerArea;
@@ -60,6 +61,9 @@ struct VY_EXPORT VyRegionPrivate {
     void setBanded(const VyVector<VyRect>& banded);
     // Recomputes the bounding box, the largest rectangle and its area from the rectangles.
     void updateBounds();
+    // Makes r the largest rectangle when there is none yet or r's area, computed in 64 bits,
+    // is strictly above the current one's.
+    void keepLargest(const VyRect& r);
     // Adds the rectangles of `r`, which must all come after this region's in banded order:
     // r's first band starts below this region's last band, or is the same band with r's
     // first rectangle right of this region's last one. Neither region may be empty. Rejoins a

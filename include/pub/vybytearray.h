@@ -29,7 +29,9 @@ public:
         static Data shared_null;
 
         // Makes room for n bytes: nothing when a buffer exists and alloc >= n; otherwise the
-        // capacity becomes 2n (grow) or n and the buffer is reallocated. Never shrinks.
+        // capacity becomes 2n (grow; n when 2n passes the int range) or n and the buffer is
+        // reallocated. Never shrinks. Throws std::bad_alloc when the reallocation fails; the
+        // block then keeps its buffer and capacity.
         static void allocMemory(Data* d, int n, bool grow);
     };
 

@@ -39,8 +39,9 @@ struct VY_EXPORT VyVectorData {
     // malloc below an alignment of 9; above, over-allocates and keeps the raw pointer in the
     // word before the returned block. Returns null when the allocation fails.
     static VyVectorData* allocate(int size, int alignment);
-    // Moves the block to newSize bytes. With an alignment of 9 or more the contents are not
-    // moved when the new alignment offset differs from the old one.
+    // Moves the block of oldSize bytes to newSize bytes, keeping the first min(oldSize,
+    // newSize) bytes, also when an alignment of 9 or more puts the block at another offset
+    // from malloc's address. Returns null when the allocation fails; `old` then stays.
     static VyVectorData* reallocate(VyVectorData* old, int newSize, int oldSize, int alignment);
     static void freeData(VyVectorData* x, int alignment);
     // Allocates typedHeaderSize + (count - 1) * elementSize bytes and copies the header and

@@ -2,6 +2,7 @@
 
 #include <stdint.h>
 #include <stdlib.h>
+#include <string.h>
 
 long long vyAllocationBytes(long long bytes)
 {
@@ -15,14 +16,21 @@ long long vyAllocationBytes(long long bytes)
     return p;
 }
 
+// Where the aligned block starts in the raw block at `raw`: the first multiple of `alignment`
+// that leaves room for the raw pointer in front of it.
+static char* vyAlignedStart(void* raw, int alignment)
+{
+    uintptr_t a = reinterpret_cast<uintptr_t>(raw) + sizeof(void*);
+    a = (a + uintptr_t(alignment) - 1) & ~(uintptr_t(alignment) - 1);
+    return reinterpret_cast<char*>(a);
+}
+
 static void* vyAlign(void* raw, int alignment)
 {
     if (!raw)
         return nullptr;
-    uintptr_t a = reinterpret_cast<uintptr_t>(raw) + sizeof(void*);
-    a = (a + uintptr_t(alignment) - 1) & ~(uintptr_t(alignment) - 1);
-    void* p = reinterpret_cast<void*>(a);
-    static_cast<void**>(p)[-1] = raw;
+    char* p = vyAlignedStart(raw, alignment);
+    reinterpret_cast<void**>(p)[-1] = raw;
     return p;
 }
 
@@ -37,9 +45,20 @@ void* vyAlignedAllocate(size_t size, int alignment)
     return vyAlign(malloc(size + vyAlignmentSlack(alignment)), alignment);
 }
 
-void* vyAlignedReallocate(void* p, size_t size, int alignment)
+void* vyAlignedReallocate(void* p, size_t size, size_t oldSize, int alignment)
 {
-    void* raw = realloc(static_cast<void**>(p)[-1], size + vyAlignmentSlack(alignment));
+    char* oldRaw = static_cast<char*>(static_cast<void**>(p)[-1]);
+    const size_t oldOffset = size_t(static_cast<char*>(p) - oldRaw);
+    char* raw = static_cast<char*>(realloc(oldRaw, size + vyAlignmentSlack(alignment)));
+    if (!raw)
+        return nullptr;
+    // realloc keeps the contents at their distance from the raw start. Where malloc aligns to
+    // less than `alignment` (8 bytes on 32-bit ARM), a moved block may need another distance;
+    // the contents move first, since the raw pointer stored in front of the new start could
+    // overwrite them.
+    char* start = vyAlignedStart(raw, alignment);
+    if (start != raw + oldOffset)
+        memmove(start, raw + oldOffset, oldSize < size ? oldSize : size);
     return vyAlign(raw, alignment);
 }
 

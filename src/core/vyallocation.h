@@ -14,9 +14,10 @@ long long vyAllocationBytes(long long bytes);
 // size + alignment bytes, the address rounded up strictly past the start to a multiple of
 // `alignment`, the raw pointer stored in the word before it. Null when malloc fails.
 void* vyAlignedAllocate(size_t size, int alignment);
-// Reallocates the raw block behind `p` and aligns again; the contents are not moved when the
-// alignment offset changes.
-void* vyAlignedReallocate(void* p, size_t size, int alignment);
+// Reallocates the raw block behind `p` (a block of oldSize bytes) to `size` bytes and aligns
+// again, moving the first min(oldSize, size) bytes along when the aligned start lies at
+// another offset in the new raw block. Null when realloc fails; `p` is then still valid.
+void* vyAlignedReallocate(void* p, size_t size, size_t oldSize, int alignment);
 void vyAlignedFree(void* p);
 
 #endif

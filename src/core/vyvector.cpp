@@ -29,10 +29,10 @@ VyVectorData* VyVectorData::allocate(int size, int alignment)
 
 VyVectorData* VyVectorData::reallocate(VyVectorData* old, int newSize, int oldSize, int alignment)
 {
-    (void)oldSize;
     if (alignment < 9)
         return static_cast<VyVectorData*>(::realloc(old, size_t(newSize)));
-    return static_cast<VyVectorData*>(vyAlignedReallocate(old, size_t(newSize), alignment));
+    return static_cast<VyVectorData*>(
+        vyAlignedReallocate(old, size_t(newSize), size_t(oldSize), alignment));
 }
 
 void VyVectorData::freeData(VyVectorData* x, int alignment)

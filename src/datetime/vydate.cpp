@@ -206,19 +206,22 @@ VyDate VyDate::addMonths(int n) const
     decompose(jd, y, m, d, Vy::Gregorian);
     const int oldYear = y;
     long long year = y;
-    while (n < -11) {
+    // The months left after whole years; the year-0 skip and the October 1582 fix-up still
+    // go the way of n, also when nothing is left.
+    int rest = n;
+    while (rest < -11) {
         --year;
-        n += 12;
+        rest += 12;
     }
-    while (n > 11) {
+    while (rest > 11) {
         ++year;
-        n -= 12;
+        rest -= 12;
     }
-    if (n > 0 && m == 12) {
+    if (rest > 0 && m == 12) {
         ++year;
         m = 0;
     }
-    m += n;
+    m += rest;
     if (m < 1) {
         m += 12;
         --year;
@@ -226,9 +229,6 @@ VyDate VyDate::addMonths(int n) const
         m -= 12;
         ++year;
     }
-    // Kept: the direction of the year-0 skip and of the October 1582 fix-up is read from what
-    // is left of n after whole years were taken off, so a multiple of twelve counts as going
-    // back. Dates made by the old interface depend on it.
     y = skipYearZero(oldYear, year, n);
     if (y == 1582 && m == 10 && d >= 5 && d <= 14)
         d = n < 1 ? 4 : 15;

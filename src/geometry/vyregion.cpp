@@ -91,21 +91,24 @@ void VyRegionPrivate::updateBounds()
     }
     const VyRect* r = rectData();
     VyRect box = r[0];
-    long long best = areaOf(r[0]);
-    innerRect = r[0];
-    for (int k = 1; k < numRects; ++k) {
+    innerArea = -1;
+    for (int k = 0; k < numRects; ++k) {
         box.x1 = r[k].x1 < box.x1 ? r[k].x1 : box.x1;
         box.y1 = r[k].y1 < box.y1 ? r[k].y1 : box.y1;
         box.x2 = r[k].x2 > box.x2 ? r[k].x2 : box.x2;
         box.y2 = r[k].y2 > box.y2 ? r[k].y2 : box.y2;
-        const long long area = areaOf(r[k]);
-        if (area > best) {
-            best = area;
-            innerRect = r[k];
-        }
+        keepLargest(r[k]);
     }
     extents = box;
-    innerArea = clampedArea(best);
+}
+
+void VyRegionPrivate::keepLargest(const VyRect& r)
+{
+    const long long area = areaOf(r);
+    if (innerArea >= 0 && area <= areaOf(innerRect))
+        return;
+    innerRect = r;
+    innerArea = clampedArea(area);
 }
 
 VyRegion::VyRegionData* VyRegion::newRecord()

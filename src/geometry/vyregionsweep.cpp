@@ -289,10 +289,7 @@ void VyRegionPrivate::append(const VyRegionPrivate* r)
             dst[k] = src[k];
         numRects += n;
         extents = extents | r->extents;
-        if (r->innerArea > innerArea) {
-            innerRect = r->innerRect;
-            innerArea = r->innerArea;
-        }
+        keepLargest(r->innerRect);
         return;
     }
     // r's first band continues this region's last band. That band is written again with r's

@@ -107,6 +107,40 @@ TEST(VyVectorTest, ResizeShrinksOnlyBelowHalfUnlessReserved)
     EXPECT_EQ(w.d->fixedCapacity, 0u);
 }
 
+// Elements aligned to 16 bytes stay aligned and in place through every growth, also where
+// malloc aligns to 8 only (32-bit ARM), so a moved block may start at another offset.
+TEST(VyVectorTest, OverAlignedElementsSurviveGrowth)
+{
+    struct alignas(16) Wide {
+        int value;
+    };
+    VyVector<Wide> v;
+    // A small block taken before each growth keeps realloc from extending in place.
+    std::vector<std::vector<char>> fillers;
+    const auto intact = [&v](int n) {
+        bool ok = v.size() == n && reinterpret_cast<uintptr_t>(v.constData()) % 16 == 0;
+        for (int i = 0; ok && i < n; ++i)
+            ok = v.constData()[i].value == i;
+        return ok;
+    };
+    for (int i = 0; i < 3000; ++i) {
+        const int capacity = v.capacity();
+        if (v.size() == capacity)
+            fillers.emplace_back(20);
+        v.append(Wide{i});
+        if (v.capacity() != capacity) {
+            ASSERT_TRUE(intact(i + 1)) << "append " << i;
+        }
+    }
+    for (int n = 4000; n < 100000; n += n / 2) {
+        fillers.emplace_back(20);
+        v.reserve(n);
+        ASSERT_TRUE(intact(3000)) << "reserve " << n;
+    }
+    v.squeeze();
+    EXPECT_TRUE(intact(3000));
+}
+
 // ---- typed tests: every mutator leaves a shared original alone and leaks nothing ----
 
 template <typename T> class VyVectorTypedTest : public CountedTest

@@ -201,6 +201,22 @@ TEST(VyRegionTest, SetRectsTakesRectanglesAsGiven)
     EXPECT_TRUE(r.isEmpty());
 }
 
+// Areas beyond the int range (3.6e9 and 1e10 pixels) compare exactly, whether the region was
+// set, appended to or prepended to.
+TEST(VyRegionTest, LargestRectangleOfHugeAreas)
+{
+    const VyRect small(0, 0, 59999, 59999), big(0, 60001, 99999, 160000);
+    const VyRect both[] = {small, big};
+    VyRegion set;
+    set.setRects(both, 2);
+    const VyRegion a(small), b(big);
+    const VyRegion results[] = {set, a.unite(b), b.unite(a)};
+    for (size_t k = 0; k < sizeof results / sizeof results[0]; ++k) {
+        EXPECT_EQ(results[k].d->rgn->innerRect, big) << k;
+        EXPECT_TRUE(vy_region_strictContains(results[k], big)) << k;
+    }
+}
+
 // A one-rectangle region answers contains(rect) by inclusion, a banded one by overlap; rects()
 // turns the shared record into the banded form for every holder.
 TEST(VyRegionTest, ContainsOneRectangleVersusMany_Kept)
