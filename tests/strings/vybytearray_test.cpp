@@ -96,3 +96,34 @@ TEST(VyByteArraySharingTest, FromRawBytesCopiesOrAdopts)
     EXPECT_EQ(copy.constData(), raw);
     EXPECT_EQ(copy.d->alloc, 4);
 }
+
+// The strings test program is linked with --wrap=realloc, so every realloc of the library goes
+// through here and a test can make the next one fail.
+namespace
+{
+bool failNextRealloc = false;
+}
+extern "C" void* __real_realloc(void* p, size_t n);
+extern "C" void* __wrap_realloc(void* p, size_t n)
+{
+    if (failNextRealloc) {
+        failNextRealloc = false;
+        return nullptr;
+    }
+    return __real_realloc(p, n);
+}
+
+TEST(VyByteArrayStorageTest, FailedReallocationThrowsAndKeepsTheBuffer)
+{
+    VyByteArray a("hello");
+    const char* buffer = a.d->data;
+    const int alloc = a.d->alloc;
+    failNextRealloc = true;
+    EXPECT_THROW(VyByteArray::Data::allocMemory(a.d, 100, true), std::bad_alloc);
+    EXPECT_EQ(a.d->data, buffer);
+    EXPECT_EQ(a.d->alloc, alloc);
+    EXPECT_STREQ(a.constData(), "hello");
+    // A constructor whose buffer cannot be had throws and leaks nothing (LeakSanitizer).
+    failNextRealloc = true;
+    EXPECT_THROW(VyByteArray("abc", 3), std::bad_alloc);
+}
