@@ -145,33 +145,31 @@ TYPED_TEST(VyListTypedTest, RandomOperationsMatchModel)
         const int n = int(model.size()), value = pick(50), i = n ? pick(n) : 0;
         const bool own = n && pick(2);
         const int element = own ? model[size_t(i)] : value;
-        switch (pick(11)) {
+        switch (pick(10)) {
         case 0:
-        case 1:
             l.append(own ? l.at(i) : T(value));
             model.push_back(element);
             break;
-        case 2:
+        case 1:
             l.prepend(own ? l.at(i) : T(value));
             model.insert(model.begin(), element);
             break;
-        case 3: {
+        case 2: {
             const int at = pick(n + 3) - 1;
             l.insert(at, own ? l.at(i) : T(value));
             model.insert(model.begin() + std::min(std::max(at, 0), n), element);
             break;
         }
-        case 4:
-            if (n && pick(2)) {
-                ASSERT_EQ(valueOf(l.takeAt(i)), model[size_t(i)]);
-                model.erase(model.begin() + i);
+        case 3:
+            if (pick(40) == 0) {
+                l.clear();
+                model.clear();
             } else if (n) {
-                auto next = l.erase(l.begin() + i);
-                ASSERT_EQ(next - l.begin(), i);
+                ASSERT_EQ(valueOf(l.takeAt(i)), model[size_t(i)]);
                 model.erase(model.begin() + i);
             }
             break;
-        case 5: {
+        case 4: {
             const int to = pick(n + 1), moved = n ? model[size_t(i)] : 0;
             l.move(i, to);
             if (to < n) {
@@ -180,7 +178,7 @@ TYPED_TEST(VyListTypedTest, RandomOperationsMatchModel)
             }
             break;
         }
-        case 6: {
+        case 5: {
             const auto found = std::find(model.begin(), model.end(), element);
             const auto back = std::find(model.rbegin(), model.rend(), element);
             const int count = int(std::count(model.begin(), model.end(), element));
@@ -195,35 +193,24 @@ TYPED_TEST(VyListTypedTest, RandomOperationsMatchModel)
             }
             break;
         }
-        case 7:
+        case 6:
             snapshot = l;
             snapshotModel = model;
             break;
-        case 8:
-            if (pick(4) == 0 && 2 * n + snapshot.size() < 300) {
+        case 7:
+            if (2 * n + snapshot.size() < 300) {
                 const std::vector<int> added = own ? model : snapshotModel;
                 l.append(own ? l : snapshot);
                 model.insert(model.end(), added.begin(), added.end());
-            } else if (n) {
-                const int j = pick(n);
-                l.swap(i, j);
-                std::swap(model[size_t(i)], model[size_t(j)]);
             }
             break;
-        case 9:
-            if (pick(50) == 0) {
-                l.clear();
-                model.clear();
-            } else if (n) {
-                // Writes through each element accessor.
-                const bool front = pick(2);
-                (pick(2) ? l[i] : *(l.begin() + i)) = T(value);
+        case 8: // through the element reference and through the iterator
+            if (n) {
+                (own ? l[i] : *(l.begin() + i)) = T(value);
                 model[size_t(i)] = value;
-                (front ? l.first() : l.last()) = T(value + 1);
-                model[front ? 0 : size_t(n - 1)] = value + 1;
             }
             break;
-        case 10: {
+        case 9: {
             if (pick(3) == 0)
                 l.reserve(n + pick(40));
             const int pos = pick(n + 2) - 1, len = pick(6) - 1, from = std::max(pos, 0);
@@ -243,14 +230,6 @@ TYPED_TEST(VyListTypedTest, RandomOperationsMatchModel)
 // VyStringList derives from VyList<VyString> and is deleted through it.
 static_assert(std::has_virtual_destructor<VyList<int>>::value,
               "polymorphic through its destructor");
-
-TEST(VyListTest, PointersLiveInTheSlot)
-{
-    int a = 1;
-    VyList<int*> l;
-    l << nullptr << &a;
-    EXPECT_EQ(l.p.d->array[l.p.d->begin + 1], &a);
-}
 
 class VyListCountedTest : public CountedTest
 {
