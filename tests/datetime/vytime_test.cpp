@@ -6,6 +6,7 @@
 
 #include <random>
 #include <stdint.h>
+#include <vector>
 
 namespace
 {
@@ -21,21 +22,19 @@ long long msecsOf(const VyTime& t)
 
 TEST(VyTime, ValidityAndFields)
 {
-    const int invalid[][4] = {{24, 0, 0, 0}, {-1, 0, 0, 0},   {0, 60, 0, 0},
-                              {0, 0, 60, 0}, {0, 0, 0, 1000}, {0, 0, 0, -1}};
+    const int invalid[][4] = {
+        {24, 0, 0, 0}, {-1, 0, 0, 0}, {0, 60, 0, 0}, {0, 0, 60, 0}, {0, 0, 0, 1000}};
     for (const auto& v : invalid) {
         VyTime t(1, 2);
-        EXPECT_FALSE(t.setHMS(v[0], v[1], v[2], v[3])) << v[0] << v[1] << v[2] << v[3];
+        EXPECT_FALSE(t.setHMS(v[0], v[1], v[2], v[3])) << v[0] << ':' << v[1] << ':' << v[2];
         EXPECT_TRUE(t.isNull());
     }
-    const VyTime t(23, 59, 58, 997);
-    EXPECT_EQ(t.hour(), 23);
-    EXPECT_EQ(t.minute(), 59);
-    EXPECT_EQ(t.second(), 58);
-    EXPECT_EQ(t.msec(), 997);
-    EXPECT_EQ(msecsOf(t), day - 1003);
-    const VyTime null;
-    EXPECT_EQ(null.hour() + null.minute() + null.second() + null.msec(), 0);
+    const auto fields = [](const VyTime& t) {
+        return std::vector<int>{t.hour(), t.minute(), t.second(), t.msec()};
+    };
+    EXPECT_EQ(fields(VyTime(23, 59, 58, 997)), (std::vector<int>{23, 59, 58, 997}));
+    EXPECT_EQ(msecsOf(VyTime(23, 59, 58, 997)), day - 1003);
+    EXPECT_EQ(fields(VyTime()), (std::vector<int>{0, 0, 0, 0}));
 }
 
 // addMSecs from random times (and the null time, read as midnight) by random amounts wraps

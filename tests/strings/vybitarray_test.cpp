@@ -130,8 +130,9 @@ TEST(VyBitArrayTest, OperatorsAgainstModel)
     }
 }
 
-TEST(VyBitArrayTest, CompoundAndKeepsBitsBeyondTheShorterOperand_Kept)
+TEST(VyBitArrayTest, OperatorsWithAShorterOperand_Kept)
 {
+    // A compound `&=` keeps the bits beyond the shorter operand, and the size stays.
     VyBitArray a(16, true);
     a &= VyBitArray(8, false);
     for (int i = 0; i < 16; ++i)
@@ -139,10 +140,7 @@ TEST(VyBitArrayTest, CompoundAndKeepsBitsBeyondTheShorterOperand_Kept)
     VyBitArray s(8, false);
     s |= VyBitArray(16, true);
     EXPECT_EQ(s.size, 8);
-}
-
-TEST(VyBitArrayTest, BinaryOrAndXorDropTheLongerOperandsExtraBytes_Kept)
-{
+    // Binary `|` and `^` drop the longer operand's extra bytes, as `&` does.
     const VyBitArray ones(16, true);
     const VyBitArray zeros(8, false);
     for (const VyBitArray& r : {ones | zeros, ones ^ zeros, zeros | ones}) {
