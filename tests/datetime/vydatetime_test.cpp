@@ -8,10 +8,8 @@
 
 TEST(VyDateTime, EpochConversions)
 {
-    const ZoneGuard zone("UTC");
-    const VyDateTime noon = at(2000, 1, 1, 12, 0);
-    EXPECT_EQ(noon.toMSecsSinceEpoch(), 946728000000LL);
-    EXPECT_EQ(noon.toTime_t(), 946728000u);
+    useZone("UTC");
+    EXPECT_EQ(at(2000, 1, 1, 12, 0).toTime_t(), 946728000u);
     EXPECT_EQ(VyDateTime::fromTime_t(0), at(1970, 1, 1, 0, 0));
     EXPECT_EQ(VyDateTime::fromTime_t(0).timeSpec(), Vy::LocalTimeSpec);
     EXPECT_EQ(at(1969, 12, 31, 23, 59, Vy::UtcTimeSpec).toTime_t(), 0xFFFFFFFFu);
@@ -45,7 +43,7 @@ TEST(VyDateTime, EpochConversions)
 
 TEST(VyDateTime, ComparisonsAcrossSpecs)
 {
-    const ZoneGuard zone(centralEurope);
+    useZone(centralEurope);
     const VyDateTime utc = at(2023, 1, 15, 12, 0, Vy::UtcTimeSpec);
     VyDateTime offset = at(2023, 1, 15, 13, 0);
     offset.setUtcOffset(3600);
@@ -68,7 +66,7 @@ TEST(VyDateTime, ComparisonsAcrossSpecs)
 
 TEST(VyDateTime, SpecHandling_Kept)
 {
-    const ZoneGuard zone(centralEurope);
+    useZone(centralEurope);
     // An offset asked for at construction is not kept; adding days rebuilds from the public
     // spec and so turns an offset value local.
     EXPECT_EQ(at(2023, 1, 15, 1, 0, Vy::OffsetTimeSpec).timeSpec(), Vy::LocalTimeSpec);
@@ -87,7 +85,7 @@ TEST(VyDateTime, SpecHandling_Kept)
 
 TEST(VyDateTime, PartsAndNullValues)
 {
-    const ZoneGuard zone("UTC");
+    useZone("UTC");
     VyDateTime dt;
     EXPECT_TRUE(dt.isNull());
     dt.setDate(VyDate(2001, 2, 3, Vy::Gregorian)); // the missing time becomes midnight

@@ -9,7 +9,7 @@
 
 TEST(VyDateTimeConvert, LocalAndUtcWithDaylightSaving)
 {
-    const ZoneGuard zone(centralEurope);
+    useZone(centralEurope);
     // Outside 1970 to 2037 the day is carried back across the moved date.
     EXPECT_EQ(at(1900, 1, 1, 0, 30).toTimeSpec(Vy::UtcTimeSpec),
               at(1899, 12, 31, 23, 30, Vy::UtcTimeSpec));

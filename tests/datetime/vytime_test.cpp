@@ -64,8 +64,6 @@ TEST(VyTime, ClockReaders)
     VyTime watch;
     watch.start();
     const int e = watch.elapsed();
-    EXPECT_TRUE(watch.isValid());
-    EXPECT_GE(e, 0);
     EXPECT_LT(e, 60000);
     EXPECT_GE(watch.restart(), e);
     // A start just after "now" reads as almost a full day: midnight counts as passed.

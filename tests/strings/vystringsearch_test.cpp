@@ -121,7 +121,7 @@ TEST(VyStringSearch, EverySearchAgreesWithANaiveSearch)
                                                    : -1;
             ASSERT_EQ(s.lastIndexOf(V(n), from, cs), last);
 
-            // Kept: count skips a match at index 0.
+            // count skips a match at index 0, as pinned below.
             int matches = 0;
             for (int i = 1; i <= l; ++i)
                 matches += matchesAt(h, i, n, sensitive);

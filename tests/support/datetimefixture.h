@@ -1,6 +1,6 @@
-// Shared by the date and time tests: guards for the process-wide state they change (the
-// library-wide date mode with the Persian month table, and the time zone), and dates as
-// (year, month, day) triples that gtest prints and compares, and date-times made from numbers.
+// Shared by the date and time tests: dates as (year, month, day) triples that gtest compares
+// and prints, date-times made from numbers, and the process-wide state the tests change (the
+// library-wide date mode with the Persian month table, and the time zone).
 #ifndef VY_TESTS_DATETIMEFIXTURE_H
 #define VY_TESTS_DATETIMEFIXTURE_H
 
@@ -8,7 +8,6 @@
 
 #include <array>
 #include <stdlib.h>
-#include <string>
 #include <time.h>
 
 typedef std::array<int, 3> Ymd;
@@ -40,27 +39,12 @@ struct DateModeGuard {
 // is needed: +1 h, +2 h from the last Sunday of March 02:00 to the last Sunday of October 03:00.
 const char* const centralEurope = "CET-1CEST,M3.5.0,M10.5.0/3";
 
-// Sets the process's time zone and puts the previous one back afterwards.
-class ZoneGuard
+// Sets the process's time zone. Every test whose results depend on the zone sets it first, so
+// none depends on what the machine or an earlier test left.
+inline void useZone(const char* zone)
 {
-public:
-    explicit ZoneGuard(const char* zone)
-    {
-        setenv("TZ", zone, 1);
-        tzset();
-    }
-    ~ZoneGuard()
-    {
-        if (hadZone)
-            setenv("TZ", savedZone.c_str(), 1);
-        else
-            unsetenv("TZ");
-        tzset();
-    }
-
-private:
-    const bool hadZone = getenv("TZ") != nullptr;
-    const std::string savedZone = hadZone ? getenv("TZ") : "";
-};
+    setenv("TZ", zone, 1);
+    tzset();
+}
 
 #endif
