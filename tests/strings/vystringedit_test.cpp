@@ -179,10 +179,9 @@ TEST(VyStringEdit, GrowingEditsReserveTwiceTheNeedAndEmptyArgumentsKeepSharing)
     VyString s("abc"); // capacity 4
     s.append("de");
     EXPECT_EQ(s.d->alloc, 12);
-    s.append("f");
-    EXPECT_EQ(s.d->alloc, 12);
     s.insert(0, "\xC3\xA9", -1); // UTF-8 decoded first
-    EXPECT_EQ(U(s), u"\u00E9abcdef");
+    EXPECT_EQ(s.d->alloc, 12);
+    EXPECT_EQ(U(s), u"\u00E9abcde");
 
     VyString a("text");
     const VyString b = a;
@@ -194,67 +193,29 @@ TEST(VyStringEdit, GrowingEditsReserveTwiceTheNeedAndEmptyArgumentsKeepSharing)
     EXPECT_EQ(a.d, b.d);
 }
 
-TEST(VyStringEdit, SlicesShareWholeResults)
+// Slicing, trimming, splitting and casing are also checked against a model by the string_ops
+// fuzz target, whose seed inputs ctest replays.
+TEST(VyStringEdit, SplitPaddingAndCasing)
 {
-    const VyString s("abcdef");
-    EXPECT_EQ(U(s.mid(-2, 4)) + u"|" + U(s.mid(4)) + u"|" + U(s.mid(2, 100)), u"ab|ef|cdef");
-    EXPECT_EQ(U(s.mid(1, -1)) + u"|" + U(s.mid(7, 1)), u"bcdef|");
-    EXPECT_EQ(U(s.left(2)) + u"|" + U(s.right(2)), u"ab|ef");
-    EXPECT_EQ(s.mid(6).d, &VyString::Data::shared_null);
-    EXPECT_TRUE(s.mid(0).d == s.d && s.left(-1).d == s.d && s.right(10).d == s.d);
-
-    EXPECT_EQ(U(VyString(" \t a  b\n").trimmed()), u"a  b");
-    EXPECT_EQ(VyString("a b").trimmed().d->ref, 2);
-    EXPECT_TRUE(VyString(" \u3000").trimmed().isEmpty());
-    EXPECT_EQ(U(VyString("  a \t\n b  c ").simplified()), u"a b c");
-    const VyString simple("a b c");
-    EXPECT_EQ(simple.simplified().d, simple.d);
-    EXPECT_EQ(VyString(" \n ").simplified().d, &VyString::Data::shared_null);
-}
-
-TEST(VyStringEdit, Split)
-{
-    auto parts = [](const VyStringList& l) {
+    const auto parts = [](const VyStringList& l) {
         std::vector<std::u16string> v;
         for (int i = 0; i < l.size(); ++i)
             v.push_back(U(l.at(i)));
         return v;
     };
     typedef std::vector<std::u16string> Parts;
-    const VyString s("a,,b");
-    EXPECT_EQ(parts(s.split(",")), (Parts{u"a", u"", u"b"}));
-    EXPECT_EQ(parts(s.split(",", VyString::DropEmpty)), (Parts{u"a", u"b"}));
-    EXPECT_EQ(parts(s.split(VyUcs2(','), VyString::DropEmpty)), (Parts{u"a", u"b"}));
+    const VyString abc("abc");
+    EXPECT_EQ(parts(abc.split(VyString())), (Parts{u"", u"a", u"b", u"c", u""}));
+    EXPECT_EQ(parts(abc.split(VyString(), VyString::DropEmpty)), (Parts{u"a", u"b", u"c"}));
     EXPECT_EQ(parts(VyString(",a,").split(VyUcs2(','))), (Parts{u"", u"a", u""}));
-    EXPECT_EQ(parts(VyString("abc").split(VyString())), (Parts{u"", u"a", u"b", u"c", u""}));
-    EXPECT_EQ(parts(VyString("abc").split(VyString(), VyString::DropEmpty)),
-              (Parts{u"a", u"b", u"c"}));
-    EXPECT_EQ(parts(VyString("aXbxc").split("x", VyString::KeepEmpty, Vy::CaseInsensitive)),
-              (Parts{u"a", u"b", u"c"}));
     EXPECT_EQ(parts(VyString().split(",")), (Parts{u""}));
-}
 
-TEST(VyStringEdit, CasingAndPadding)
-{
-    const VyString mixed("Stra\u00DFe \u0130 \u03A3");
-    EXPECT_EQ(U(mixed.toUpper()), u"STRA\u00DFE \u0130 \u03A3"); // special mappings stay
-    EXPECT_EQ(U(mixed.toLower()), u"stra\u00DFe \u0130 \u03C3");
-    const VyString lower("abc1");
-    EXPECT_EQ(lower.toLower().d, lower.d);
-    const VyString sharp("\u00DF"); // flagged, so copied, but unchanged
-    EXPECT_NE(sharp.toUpper().d, sharp.d);
-    EXPECT_EQ(sharp.toUpper(), sharp);
+    EXPECT_EQ(U(abc.rightJustified(5, '.', false)), u"..abc");
+    EXPECT_EQ(U(abc.leftJustified(5, '.', false)), u"abc..");
+    EXPECT_EQ(U(abc.rightJustified(2, '.', true)), u"ab");
+    EXPECT_EQ(abc.leftJustified(2, '.', false).d, abc.d);
     for (int u = 0; u < 0x10000; u = u == 0xD7FF ? 0xE000 : u + 1) {
         ASSERT_EQ(VyString(VyUcs2(u)).toLower().at(0), VyUnicode::toLower(VyUcs2(u)));
         ASSERT_EQ(VyString(VyUcs2(u)).toUpper().at(0), VyUnicode::toUpper(VyUcs2(u)));
     }
-    const VyUcs2 deseret[] = {0xD801, 0xDC00}; // U+10400 maps through U+0400's record
-    EXPECT_EQ(VyString(deseret, 2).toLower().at(1), 0xDC50);
-
-    EXPECT_EQ(U(VyString("abc").rightJustified(5, '.', false)) +
-                  U(VyString("abc").leftJustified(5, '.', false)) +
-                  U(VyString("abcdefg").rightJustified(5, '.', true)),
-              u"..abcabc..abcde");
-    const VyString wide("abcdefg");
-    EXPECT_EQ(wide.leftJustified(5, '.', false).d, wide.d);
 }

@@ -1,6 +1,7 @@
 // String lists: join, contains, replaceInStrings and sort, against std containers, with a copy
 // taken before each mutation that must not change.
 #include "vystringlist.h"
+#include "vyu16.h"
 
 #include <gtest/gtest.h>
 
@@ -13,47 +14,50 @@
 namespace
 {
 
-std::string U8(const VyString& s)
-{
-    return std::string(s.toUtf8().constData());
-}
+typedef std::vector<std::u16string> Items;
 
-VyStringList listOf(std::initializer_list<const char*> items)
+VyStringList listOf(const Items& items)
 {
     VyStringList l;
-    for (const char* s : items)
-        l.append(VyString(s));
+    for (const std::u16string& s : items)
+        l.append(V(s));
     return l;
 }
 
-std::vector<std::string> items(const VyStringList& l)
+Items items(const VyStringList& l)
 {
-    std::vector<std::string> v;
+    Items v;
     for (int i = 0; i < l.size(); ++i)
-        v.push_back(U8(l.at(i)));
+        v.push_back(U(l.at(i)));
     return v;
+}
+
+std::multiset<VyString::Data*> blocks(const VyStringList& l)
+{
+    std::multiset<VyString::Data*> b;
+    for (int i = 0; i < l.size(); ++i)
+        b.insert(l.at(i).d);
+    return b;
 }
 
 } // namespace
 
 TEST(VyStringList, JoinComputesTheLengthOnce)
 {
-    EXPECT_EQ(VyStringList().join(VyString(",")).d, &VyString::Data::shared_null);
-    EXPECT_EQ(U8(listOf({"solo"}).join(VyString(", "))), "solo");
-    EXPECT_EQ(U8(listOf({"a", "", "bc"}).join(VyString("--"))), "a----bc");
-    EXPECT_EQ(U8(listOf({"a", "b"}).join(VyString())), "ab");
-    const VyString joined = listOf({"", ""}).join(VyString());
-    EXPECT_TRUE(joined.isEmpty());
-    EXPECT_EQ(joined.d, &VyString::Data::shared_null);
+    EXPECT_EQ(U(listOf({u"solo"}).join(V(u", "))), u"solo");
+    EXPECT_EQ(U(listOf({u"a", u"", u"bc"}).join(V(u"-"))), u"a--bc");
+    EXPECT_EQ(U(listOf({u"a", u"b"}).join(VyString())), u"ab");
+    EXPECT_EQ(VyStringList().join(V(u",")).d, &VyString::Data::shared_null);
+    EXPECT_EQ(listOf({u"", u""}).join(VyString()).d, &VyString::Data::shared_null);
 }
 
 TEST(VyStringList, ContainsComparesSizeThenText)
 {
-    const VyStringList l = listOf({"abc", "\u00C9t\u00E9"});
-    EXPECT_FALSE(l.contains(VyString("ABC")));
-    EXPECT_TRUE(l.contains(VyString("ABC"), Vy::CaseInsensitive));
-    EXPECT_TRUE(l.contains(VyString("\u00E9T\u00C9"), Vy::CaseInsensitive));
-    EXPECT_FALSE(l.contains(VyString("ab"), Vy::CaseInsensitive));
+    const VyStringList l = listOf({u"abc", u"\u00C9t\u00E9"});
+    EXPECT_FALSE(l.contains(V(u"ABC")));
+    EXPECT_TRUE(l.contains(V(u"ABC"), Vy::CaseInsensitive));
+    EXPECT_TRUE(l.contains(V(u"\u00E9T\u00C9"), Vy::CaseInsensitive));
+    EXPECT_FALSE(l.contains(V(u"ab"), Vy::CaseInsensitive));
 }
 
 TEST(VyStringList, ContainsEmptyFollowsCompareWithoutBuffer_Kept)
@@ -67,50 +71,34 @@ TEST(VyStringList, ContainsEmptyFollowsCompareWithoutBuffer_Kept)
 
 TEST(VyStringList, ReplaceInStringsDetachesAndEditsEveryElement)
 {
-    VyStringList l = listOf({"abba", "Bob", "none"});
+    VyStringList l = listOf({u"abba", u"Bob", u"none"});
     const VyStringList copy = l;
-    l.replaceInStrings(VyString("b"), VyString("xy"), Vy::CaseInsensitive);
-    EXPECT_EQ(items(l), (std::vector<std::string>{"axyxya", "xyoxy", "none"}));
-    EXPECT_EQ(items(copy), (std::vector<std::string>{"abba", "Bob", "none"}));
+    l.replaceInStrings(V(u"b"), V(u"xy"), Vy::CaseInsensitive);
+    EXPECT_EQ(items(l), (Items{u"axyxya", u"xyoxy", u"none"}));
+    EXPECT_EQ(items(copy), (Items{u"abba", u"Bob", u"none"}));
 }
 
 TEST(VyStringList, SortMatchesStdSortAndMovesNoText)
 {
     std::mt19937 rng(7);
     for (int round = 0; round < 400; ++round) {
-        std::vector<std::u16string> model;
-        const int n = round < 8 ? round : int(rng() % 300);
+        Items model(round < 8 ? round : rng() % 300);
         const int alphabet = 1 + int(rng() % 4); // few letters: many equal elements
-        for (int i = 0; i < n; ++i) {
-            std::u16string s(rng() % 4, u'a');
+        for (std::u16string& s : model) {
+            s.assign(rng() % 4, u'a');
             for (char16_t& c : s)
                 c = char16_t(u'a' + rng() % alphabet);
-            model.push_back(s);
         }
         if (round % 10 >= 8) // sorted and reversed inputs too
             std::sort(model.begin(), model.end());
         if (round % 10 == 9)
             std::reverse(model.begin(), model.end());
-        VyStringList l;
-        for (const std::u16string& s : model)
-            l.append(VyString(reinterpret_cast<const VyUcs2*>(s.data()), int(s.size())));
+        VyStringList l = listOf(model);
         const VyStringList copy = l;
-        std::multiset<VyString::Data*> blocks;
-        for (int i = 0; i < l.size(); ++i)
-            blocks.insert(l.at(i).d);
         l.sort();
+        EXPECT_EQ(items(copy), model);
         std::sort(model.begin(), model.end());
-        ASSERT_EQ(l.size(), int(model.size()));
-        std::multiset<VyString::Data*> after;
-        for (int i = 0; i < l.size(); ++i) {
-            ASSERT_EQ(std::u16string(reinterpret_cast<const char16_t*>(l.at(i).unicode()),
-                                     l.at(i).size()),
-                      model[size_t(i)]);
-            after.insert(l.at(i).d);
-        }
-        EXPECT_EQ(after, blocks);
-        if (n > 1) {
-            EXPECT_FALSE(l.isSharedWith(copy));
-        }
+        EXPECT_EQ(items(l), model);
+        EXPECT_EQ(blocks(l), blocks(copy)); // the strings were swapped, not copied
     }
 }
