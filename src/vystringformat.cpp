@@ -5,6 +5,7 @@
 #include "vylocale.h"
 #include "vymap.h"
 #include "vyunicode.h"
+#include "vyunitbuffer.h"
 
 #include <charconv>
 #include <limits.h>
@@ -17,7 +18,6 @@
 #include <string.h>
 #include <type_traits>
 #include <utility>
-#include <vector>
 
 namespace
 {
@@ -324,25 +324,24 @@ VyString VyString::multiArg(int numArgs, const VyString** args) const
         numArgs = ordinal;
     }
 
-    std::vector<VyUcs2> out;
-    out.reserve(size_t(d->size));
+    VyUnitBuffer out;
     for (const VyUcs2* p = begin; p != end;) {
         const VyUcs2* next;
         const int number = *p == '%' ? parseMultiMarker(p, end, &next) : -1;
         if (number == -1) {
-            out.push_back(*p++);
+            out.append(*p++);
             continue;
         }
         const int index = markers.value(number);
         if (index < numArgs) {
             const VyString& a = *args[index];
-            out.insert(out.end(), a.unicode(), a.unicode() + a.size());
+            out.append(a);
         } else {
-            out.insert(out.end(), p, next);
+            out.append(p, int(next - p));
         }
         p = next;
     }
-    return VyString(out.data(), int(out.size()));
+    return out.toString();
 }
 
 VyString VyString::number(int n, int base)
@@ -408,51 +407,10 @@ VyString& VyString::setNum(double n, char format, int precision)
 namespace
 {
 
-// The text vsprintf builds: units, appended without a length limit.
-class Output
-{
-public:
-    int size() const { return int(units_.size()); }
-    void append(const VyString& s)
-    {
-        reserveMore(s.size());
-        units_.insert(units_.end(), s.unicode(), s.unicode() + s.size());
-    }
-    void append(VyUcs2 c, long long count = 1)
-    {
-        if (count > 0) {
-            reserveMore(count);
-            units_.insert(units_.end(), size_t(count), c);
-        }
-    }
-    // `n` bytes of UTF-8.
-    void appendUtf8(const char* bytes, int n)
-    {
-        if (n <= 0)
-            return;
-        reserveMore(n);
-        const size_t old = units_.size();
-        units_.resize(old + size_t(n));
-        const int written = VyString::utf8ToUcs2(units_.data() + old, bytes, n);
-        units_.resize(old + size_t(written));
-    }
-    VyString toString() const { return VyString(units_.data(), int(units_.size())); }
-
-private:
-    // A string holds at most INT_MAX - 1 units.
-    void reserveMore(long long n)
-    {
-        if ((long long)units_.size() + n > INT_MAX - 1)
-            throw std::bad_alloc();
-    }
-
-    std::vector<VyUcs2> units_;
-};
-
 enum Length { NoLength, HH, H, L, LL, BigL, J, Z, T };
 
 // `text` padded with spaces to `width`: after it under LeftJustify, else before it.
-void appendPadded(Output& out, const VyString& text, long long width, unsigned flags)
+void appendPadded(VyUnitBuffer& out, const VyString& text, long long width, unsigned flags)
 {
     const long long pad = width - text.size();
     if (!(flags & VyLocale::LeftJustify))
@@ -588,7 +546,7 @@ VyString& VyString::vsprintf(const char* format, va_list args)
 {
     va_list ap;
     va_copy(ap, args);
-    Output out;
+    VyUnitBuffer out;
     const char* p = format;
     while (*p) {
         const char* run = p;
@@ -749,13 +707,9 @@ VyString& VyString::vsprintf(const char* format, va_list args)
                 s = "(null)";
             const size_t n = precision < 0 ? strlen(s) : strnlen(s, size_t(precision));
             const int bytes = n > size_t(INT_MAX - 1) ? INT_MAX - 1 : int(n);
-            VyString text(static_cast<const VyUcs2*>(nullptr), 0);
-            if (bytes > 0) {
-                Output units;
-                units.appendUtf8(s, bytes);
-                text = units.toString();
-            }
-            appendPadded(out, text, width, flags);
+            VyUnitBuffer units;
+            units.appendUtf8(s, bytes);
+            appendPadded(out, units.toString(), width, flags);
             break;
         }
         case 'p': {
