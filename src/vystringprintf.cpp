@@ -1,5 +1,6 @@
-// VyString::sprintf and vsprintf: a C-style format turned into units conversion by conversion;
-// the number text comes from VyLocale.
+// VyString::sprintf and vsprintf: a C-style format, read one conversion at a time. Each
+// conversion is first read into a Conversion (flags, width, precision, length modifier and
+// letter) and then written with its argument; the number text comes from VyLocale.
 #include "vystring.h"
 
 #include "vylocale.h"
@@ -17,6 +18,109 @@ namespace
 {
 
 enum Length { NoLength, HH, H, L, LL, BigL, J, Z, T };
+
+// One conversion as the format spells it, from its percent sign up to `end`.
+struct Conversion {
+    const char* begin;
+    // After the conversion letter, or the format's terminating 0 when it ends first.
+    const char* end;
+    // VyLocale flags from # 0 - space + and ' (grouping).
+    unsigned flags;
+    // 0 to INT_MAX, or -1 when none is given. A negative `*` width sets LeftJustify.
+    long long width;
+    // 0 to INT_MAX, or -1 when none is given (a negative `*` precision counts as none).
+    int precision;
+    Length length;
+    // 0 when the format ends inside the conversion.
+    char letter;
+};
+
+// The decimal number at *p, which is moved past its digits. Once the value reaches INT_MAX
+// the remaining digits are skipped, so it stays below 10 * INT_MAX for the caller to clamp.
+long long readDigits(const char** p)
+{
+    long long value = 0;
+    for (; **p >= '0' && **p <= '9'; ++*p)
+        value = value < INT_MAX ? value * 10 + (**p - '0') : value;
+    return value;
+}
+
+// Reads the conversion whose percent sign is at `p`. A `*` width or precision takes its int
+// from `ap` here, before the conversion's own argument.
+Conversion readConversion(const char* p, va_list& ap)
+{
+    Conversion c = {p, nullptr, 0, -1, -1, NoLength, 0};
+    for (++p;; ++p) {
+        if (*p == '#')
+            c.flags |= VyLocale::AlternateForm;
+        else if (*p == '0')
+            c.flags |= VyLocale::ZeroPad;
+        else if (*p == '-')
+            c.flags |= VyLocale::LeftJustify;
+        else if (*p == ' ')
+            c.flags |= VyLocale::BlankSign;
+        else if (*p == '+')
+            c.flags |= VyLocale::PlusSign;
+        else if (*p == '\'')
+            c.flags |= VyLocale::GroupDigits;
+        else
+            break;
+    }
+    if (*p == '*') {
+        c.width = va_arg(ap, int);
+        if (c.width < 0) {
+            c.flags |= VyLocale::LeftJustify;
+            c.width = -c.width;
+        }
+        ++p;
+    } else if (*p >= '0' && *p <= '9') {
+        c.width = readDigits(&p);
+    }
+    if (c.width > INT_MAX)
+        c.width = INT_MAX;
+    if (*p == '.') {
+        ++p;
+        long long value;
+        if (*p == '*') {
+            value = va_arg(ap, int);
+            ++p;
+        } else {
+            value = readDigits(&p);
+        }
+        c.precision = value < 0 ? -1 : value > INT_MAX ? INT_MAX : int(value);
+    }
+    switch (*p) {
+    case 'h':
+        c.length = p[1] == 'h' ? HH : H;
+        p += c.length == HH ? 2 : 1;
+        break;
+    case 'l':
+        c.length = p[1] == 'l' ? LL : L;
+        p += c.length == LL ? 2 : 1;
+        break;
+    case 'L':
+        c.length = BigL;
+        ++p;
+        break;
+    case 'j':
+        c.length = J;
+        ++p;
+        break;
+    case 'z':
+        c.length = Z;
+        ++p;
+        break;
+    case 't':
+        c.length = T;
+        ++p;
+        break;
+    default:
+        break;
+    }
+    c.letter = *p;
+    c.end = c.letter ? p + 1 : p;
+    return c;
+}
 
 // `text` padded with spaces to `width`: after it under LeftJustify, else before it.
 void appendPadded(VyUnitBuffer& out, const VyString& text, long long width, unsigned flags)
@@ -140,6 +244,100 @@ VyString hexDouble(double value, int precision, int width, unsigned flags)
     return (flags & VyLocale::UpperCase) ? text.toUpper() : text;
 }
 
+// Writes the conversion `c` with its argument from `ap`. The width goes to VyLocale for zero
+// padding; the spaces are added here.
+void writeConversion(VyUnitBuffer& out, const Conversion& c, va_list& ap)
+{
+    const unsigned flags = c.flags;
+    const int numberWidth = int(c.width < 0 ? 0 : c.width);
+    switch (c.letter) {
+    case 'd':
+    case 'i': {
+        const long long value = signedArgument(ap, c.length);
+        // As in C, a precision of 0 writes no digits for 0; only the sign flags remain.
+        VyString text = c.precision == 0 && value == 0
+                            ? VyString(flags & VyLocale::PlusSign    ? "+"
+                                       : flags & VyLocale::BlankSign ? " "
+                                                                     : "")
+                            : vyFormatSigned(value, c.precision, 10, numberWidth, flags);
+        appendPadded(out, text, c.width, flags);
+        break;
+    }
+    case 'o':
+    case 'u':
+    case 'x':
+    case 'X': {
+        const unsigned long long value = unsignedArgument(ap, c.length);
+        // C drops the sign flags for unsigned conversions, and the hexadecimal prefix and
+        // (with a precision of 0) the digits of 0; the octal alternate form keeps its "0".
+        unsigned f = flags & ~unsigned(VyLocale::BlankSign | VyLocale::PlusSign);
+        if (c.letter == 'X')
+            f |= VyLocale::UpperCase | VyLocale::UpperCaseBase;
+        if (value == 0 && c.letter != 'o')
+            f &= ~unsigned(VyLocale::AlternateForm);
+        const int base = c.letter == 'o' ? 8 : c.letter == 'u' ? 10 : 16;
+        VyString text = c.precision == 0 && value == 0
+                            ? VyString(c.letter == 'o' && (f & VyLocale::AlternateForm) ? "0" : "")
+                            : vyFormatUnsigned(value, c.precision, base, numberWidth, f);
+        appendPadded(out, text, c.width, flags);
+        break;
+    }
+    case 'e':
+    case 'E':
+    case 'f':
+    case 'F':
+    case 'g':
+    case 'G': {
+        const double value =
+            c.length == BigL ? double(va_arg(ap, long double)) : va_arg(ap, double);
+        appendPadded(out, vyFormatDouble(value, c.letter, c.precision, numberWidth, flags), c.width,
+                     flags);
+        break;
+    }
+    case 'a':
+    case 'A': {
+        const double value =
+            c.length == BigL ? double(va_arg(ap, long double)) : va_arg(ap, double);
+        const unsigned f = c.letter == 'A' ? flags | VyLocale::UpperCase : flags;
+        appendPadded(out, hexDouble(value, c.precision, numberWidth, f), c.width, flags);
+        break;
+    }
+    case 'c': {
+        const int value = va_arg(ap, int);
+        const VyUcs2 unit =
+            c.length == L ? VyUcs2(value) : VyUcs2(static_cast<unsigned char>(value));
+        appendPadded(out, VyString(unit), c.width, flags);
+        break;
+    }
+    case 's': {
+        const char* s = va_arg(ap, const char*);
+        if (!s)
+            s = "(null)";
+        const size_t n = c.precision < 0 ? strlen(s) : strnlen(s, size_t(c.precision));
+        const int bytes = n > size_t(INT_MAX - 1) ? INT_MAX - 1 : int(n);
+        VyUnitBuffer units;
+        units.appendUtf8(s, bytes);
+        appendPadded(out, units.toString(), c.width, flags);
+        break;
+    }
+    case 'p': {
+        const uintptr_t value = reinterpret_cast<uintptr_t>(va_arg(ap, void*));
+        appendPadded(out,
+                     vyFormatUnsigned(value, -1, 16, numberWidth,
+                                      (flags & VyLocale::LeftJustify) | VyLocale::AlternateForm),
+                     c.width, flags);
+        break;
+    }
+    case 'n':
+        storeCount(ap, c.length, out.size());
+        break;
+    default:
+        // Unknown or cut off: the conversion text is copied as it stands.
+        out.appendUtf8(c.begin, int(c.end - c.begin));
+        break;
+    }
+}
+
 } // namespace
 
 VyString& VyString::sprintf(const char* format, ...)
@@ -164,180 +362,14 @@ VyString& VyString::vsprintf(const char* format, va_list args)
         out.appendUtf8(run, int(p - run));
         if (!*p)
             break;
-        const char* const start = p++;
-        if (*p == '%') {
+        if (p[1] == '%') {
             out.append('%');
-            ++p;
+            p += 2;
             continue;
         }
-
-        unsigned flags = 0;
-        for (;; ++p) {
-            if (*p == '#')
-                flags |= VyLocale::AlternateForm;
-            else if (*p == '0')
-                flags |= VyLocale::ZeroPad;
-            else if (*p == '-')
-                flags |= VyLocale::LeftJustify;
-            else if (*p == ' ')
-                flags |= VyLocale::BlankSign;
-            else if (*p == '+')
-                flags |= VyLocale::PlusSign;
-            else if (*p == '\'')
-                flags |= VyLocale::GroupDigits;
-            else
-                break;
-        }
-        long long width = -1;
-        if (*p == '*') {
-            width = va_arg(ap, int);
-            if (width < 0) {
-                flags |= VyLocale::LeftJustify;
-                width = -width;
-            }
-            ++p;
-        } else if (*p >= '0' && *p <= '9') {
-            width = 0;
-            for (; *p >= '0' && *p <= '9'; ++p)
-                width = width < INT_MAX ? width * 10 + (*p - '0') : width;
-        }
-        int precision = -1;
-        if (*p == '.') {
-            ++p;
-            long long value = 0;
-            if (*p == '*') {
-                value = va_arg(ap, int);
-                ++p;
-            } else {
-                for (; *p >= '0' && *p <= '9'; ++p)
-                    value = value < INT_MAX ? value * 10 + (*p - '0') : value;
-            }
-            precision = value < 0 ? -1 : value > INT_MAX ? INT_MAX : int(value);
-        }
-        if (width > INT_MAX)
-            width = INT_MAX;
-        Length length = NoLength;
-        switch (*p) {
-        case 'h':
-            length = p[1] == 'h' ? HH : H;
-            p += length == HH ? 2 : 1;
-            break;
-        case 'l':
-            length = p[1] == 'l' ? LL : L;
-            p += length == LL ? 2 : 1;
-            break;
-        case 'L':
-            length = BigL;
-            ++p;
-            break;
-        case 'j':
-            length = J;
-            ++p;
-            break;
-        case 'z':
-            length = Z;
-            ++p;
-            break;
-        case 't':
-            length = T;
-            ++p;
-            break;
-        default:
-            break;
-        }
-        // The width goes to VyLocale for zero padding; the spaces are added here.
-        const int numberWidth = int(width < 0 ? 0 : width);
-        const char conversion = *p;
-        if (conversion)
-            ++p;
-        switch (conversion) {
-        case 'd':
-        case 'i': {
-            const long long value = signedArgument(ap, length);
-            // As in C, a precision of 0 writes no digits for 0; only the sign flags remain.
-            VyString text = precision == 0 && value == 0
-                                ? VyString(flags & VyLocale::PlusSign    ? "+"
-                                           : flags & VyLocale::BlankSign ? " "
-                                                                         : "")
-                                : vyFormatSigned(value, precision, 10, numberWidth, flags);
-            appendPadded(out, text, width, flags);
-            break;
-        }
-        case 'o':
-        case 'u':
-        case 'x':
-        case 'X': {
-            const unsigned long long value = unsignedArgument(ap, length);
-            // C drops the sign flags for unsigned conversions, and the hexadecimal prefix and
-            // (with a precision of 0) the digits of 0; the octal alternate form keeps its "0".
-            unsigned f = flags & ~unsigned(VyLocale::BlankSign | VyLocale::PlusSign);
-            if (conversion == 'X')
-                f |= VyLocale::UpperCase | VyLocale::UpperCaseBase;
-            if (value == 0 && conversion != 'o')
-                f &= ~unsigned(VyLocale::AlternateForm);
-            const int base = conversion == 'o' ? 8 : conversion == 'u' ? 10 : 16;
-            VyString text =
-                precision == 0 && value == 0
-                    ? VyString(conversion == 'o' && (f & VyLocale::AlternateForm) ? "0" : "")
-                    : vyFormatUnsigned(value, precision, base, numberWidth, f);
-            appendPadded(out, text, width, flags);
-            break;
-        }
-        case 'e':
-        case 'E':
-        case 'f':
-        case 'F':
-        case 'g':
-        case 'G': {
-            const double value =
-                length == BigL ? double(va_arg(ap, long double)) : va_arg(ap, double);
-            appendPadded(out, vyFormatDouble(value, conversion, precision, numberWidth, flags),
-                         width, flags);
-            break;
-        }
-        case 'a':
-        case 'A': {
-            const double value =
-                length == BigL ? double(va_arg(ap, long double)) : va_arg(ap, double);
-            const unsigned f = conversion == 'A' ? flags | VyLocale::UpperCase : flags;
-            appendPadded(out, hexDouble(value, precision, numberWidth, f), width, flags);
-            break;
-        }
-        case 'c': {
-            const int value = va_arg(ap, int);
-            const VyUcs2 unit =
-                length == L ? VyUcs2(value) : VyUcs2(static_cast<unsigned char>(value));
-            appendPadded(out, VyString(unit), width, flags);
-            break;
-        }
-        case 's': {
-            const char* s = va_arg(ap, const char*);
-            if (!s)
-                s = "(null)";
-            const size_t n = precision < 0 ? strlen(s) : strnlen(s, size_t(precision));
-            const int bytes = n > size_t(INT_MAX - 1) ? INT_MAX - 1 : int(n);
-            VyUnitBuffer units;
-            units.appendUtf8(s, bytes);
-            appendPadded(out, units.toString(), width, flags);
-            break;
-        }
-        case 'p': {
-            const uintptr_t value = reinterpret_cast<uintptr_t>(va_arg(ap, void*));
-            appendPadded(
-                out,
-                vyFormatUnsigned(value, -1, 16, numberWidth,
-                                 (flags & VyLocale::LeftJustify) | VyLocale::AlternateForm),
-                width, flags);
-            break;
-        }
-        case 'n':
-            storeCount(ap, length, out.size());
-            break;
-        default:
-            // Unknown or cut off: the conversion text is copied as it stands.
-            out.appendUtf8(start, int(p - start));
-            break;
-        }
+        const Conversion c = readConversion(p, ap);
+        writeConversion(out, c, ap);
+        p = c.end;
     }
     va_end(ap);
     *this = out.toString();
