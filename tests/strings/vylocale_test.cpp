@@ -1,6 +1,7 @@
 // Number symbols, the byte form, group separators, integer and double text against C's
 // snprintf and a naive base converter, and the byte-level readers at their limits.
 #include "vylocale.h"
+#include "vyu16.h"
 
 #include <gtest/gtest.h>
 
@@ -16,11 +17,6 @@
 
 namespace
 {
-
-std::string U8(const VyString& s)
-{
-    return std::string(s.toUtf8().constData());
-}
 
 // Restores the library-wide symbols when a test has changed them.
 struct SymbolsGuard {

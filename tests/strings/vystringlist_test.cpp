@@ -1,6 +1,7 @@
 // String lists: join, contains, replaceInStrings and sort, against std containers, with a copy
 // taken before each mutation that must not change.
 #include "vystringlist.h"
+#include "vyu16.h"
 
 #include <gtest/gtest.h>
 
@@ -12,11 +13,6 @@
 
 namespace
 {
-
-std::string U8(const VyString& s)
-{
-    return std::string(s.toUtf8().constData());
-}
 
 VyStringList listOf(std::initializer_list<const char*> items)
 {
