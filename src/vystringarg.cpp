@@ -56,6 +56,12 @@ VyUcs2* fillUnits(VyUcs2* to, VyUcs2 c, int n)
     return to;
 }
 
+// replaceArgEscapes as its length checks name it: the signature without a namespace or the
+// parameter names, the same on every compiler.
+const char* const replaceArgEscapesText =
+    "VyString replaceArgEscapes(const VyString&, const ArgEscapeData&, int, const VyString&, "
+    "const VyString&, VyUcs2)";
+
 // The flags of a number arg: zero padding for a '0' fill, grouping for `L` markers while the
 // options word is 0.
 unsigned argFlags(VyUcs2 fillChar, bool locale)
@@ -165,18 +171,17 @@ VyString replaceArgEscapes(const VyString& s, const ArgEscapeData& d, int fieldW
         if (++replaced == d.occurrences) {
             rc = copyUnits(rc, p, end);
             if (!(rc - result_buff == result_len))
-                vyAssertFail("rc - result_buff == result_len", "./src/vystring", 622,
-                             "VyString replaceArgEscapes(const VyString&, const ArgEscapeData&, "
-                             "int, const VyString&, const VyString&, VyUcs2)");
+                vyAssertFail("rc - result_buff == result_len",
+                             VyAssertSites::argWrittenAfterLastMarker.file,
+                             VyAssertSites::argWrittenAfterLastMarker.line, replaceArgEscapesText);
             result.d->size = result_len;
             result_buff[result_len] = 0;
             return result;
         }
     }
     if (!(rc == result_buff + result_len))
-        vyAssertFail("rc == result_buff + result_len", "./src/vystring", 627,
-                     "VyString replaceArgEscapes(const VyString&, const ArgEscapeData&, int, "
-                     "const VyString&, const VyString&, VyUcs2)");
+        vyAssertFail("rc == result_buff + result_len", VyAssertSites::argWrittenAtEnd.file,
+                     VyAssertSites::argWrittenAtEnd.line, replaceArgEscapesText);
     result.d->size = result_len;
     result_buff[result_len] = 0;
     return result;
