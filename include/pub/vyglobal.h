@@ -43,5 +43,59 @@ enum AspectRatioMode { IgnoreRatio = 0, FitInsideRatio = 1, FillOutsideRatio = 2
 // enclosing function's signature (g++ writes templates as "... [with T = int]").
 #define VY_ASSERT_AT(cond, file, line)                                                             \
     ((cond) ? static_cast<void>(0) : vyAssertFail(#cond, file, line, VY_FUNCTION_TEXT))
+// VY_ASSERT_AT at one of the VyAssertSites below.
+#define VY_ASSERT_SITE(cond, site)                                                                 \
+    ((cond) ? static_cast<void>(0)                                                                 \
+            : vyAssertFail(#cond, (site).file, (site).line, VY_FUNCTION_TEXT))
+
+// The source path and line a failed check reports.
+struct VyAssertSite {
+    const char* file;
+    unsigned line;
+};
+
+// Where the library's checks report themselves. These paths and lines are frozen: the
+// framework's crash reports, and the tools that sort them, match these exact texts, so they
+// must not follow the code when it is edited or moved. A new check gets its own entry here.
+namespace VyAssertSites
+{
+inline constexpr const char* vectorHeader = "./../include/pub/vyvector";
+inline constexpr VyAssertSite vectorLast = {vectorHeader, 724};
+inline constexpr VyAssertSite vectorIndexConst = {vectorHeader, 902};
+inline constexpr VyAssertSite vectorIndex = {vectorHeader, 906};
+inline constexpr VyAssertSite vectorRemove = {vectorHeader, 922};
+inline constexpr VyAssertSite vectorRealloc = {vectorHeader, 1004};
+
+inline constexpr const char* listHeader = "./../include/pub/vylist";
+inline constexpr VyAssertSite listFirst = {listHeader, 1233};
+inline constexpr VyAssertSite listLast = {listHeader, 1245};
+inline constexpr VyAssertSite listAt = {listHeader, 1513};
+inline constexpr VyAssertSite listIndex = {listHeader, 1521};
+
+// VyListData's operations, which all require an owned block.
+inline constexpr const char* listSource = "./src/vylist";
+inline constexpr VyAssertSite listDataRealloc = {listSource, 141};
+inline constexpr VyAssertSite listDataAppend = {listSource, 153};
+inline constexpr VyAssertSite listDataAppendList = {listSource, 179};
+inline constexpr VyAssertSite listDataPrepend = {listSource, 199};
+inline constexpr VyAssertSite listDataInsert = {listSource, 217};
+inline constexpr VyAssertSite listDataRemove = {listSource, 256};
+inline constexpr VyAssertSite listDataRemoveRange = {listSource, 271};
+inline constexpr VyAssertSite listDataMove = {listSource, 287};
+inline constexpr VyAssertSite listDataErase = {listSource, 327};
+
+inline constexpr VyAssertSite hashFindNode = {"./../include/pub/vyhash", 1840};
+inline constexpr VyAssertSite hashNextNode = {"./src/vyhash", 193};
+inline constexpr VyAssertSite hashPreviousNode = {"./src/vyhash", 239};
+
+inline constexpr VyAssertSite mapFirstKey = {"./../include/pub/vymap", 387};
+inline constexpr VyAssertSite mapLastKey = {"./../include/pub/vymap", 392};
+
+inline constexpr VyAssertSite stringAt = {"./../include/pub/vystring", 302};
+inline constexpr VyAssertSite stringIndex = {"./../include/pub/vystring", 311};
+// replaceArgEscapes' checks of the length it wrote: after the last marker, and at the end.
+inline constexpr VyAssertSite argWrittenAfterLastMarker = {"./src/vystring", 622};
+inline constexpr VyAssertSite argWrittenAtEnd = {"./src/vystring", 627};
+} // namespace VyAssertSites
 
 #endif

@@ -399,27 +399,27 @@ template <typename T> void VyList<T>::reserve(int alloc)
 
 template <typename T> const T& VyList<T>::at(int i) const
 {
-    VY_ASSERT_AT(i >= 0 && i < p.size(), "./../include/pub/vylist", 1513);
+    VY_ASSERT_SITE(i >= 0 && i < p.size(), VyAssertSites::listAt);
     return node(i)->t();
 }
 
 template <typename T> T& VyList<T>::operator[](int i)
 {
-    VY_ASSERT_AT(i >= 0 && i < p.size(), "./../include/pub/vylist", 1521);
+    VY_ASSERT_SITE(i >= 0 && i < p.size(), VyAssertSites::listIndex);
     detach();
     return node(i)->t();
 }
 
 template <typename T> T& VyList<T>::first()
 {
-    VY_ASSERT_AT(!isEmpty(), "./../include/pub/vylist", 1233);
+    VY_ASSERT_SITE(!isEmpty(), VyAssertSites::listFirst);
     detach();
     return node(0)->t();
 }
 
 template <typename T> T& VyList<T>::last()
 {
-    VY_ASSERT_AT(!isEmpty(), "./../include/pub/vylist", 1245);
+    VY_ASSERT_SITE(!isEmpty(), VyAssertSites::listLast);
     detach();
     return node(p.size() - 1)->t();
 }

@@ -384,12 +384,12 @@ public:
     // The smallest and the largest key. The map must not be empty.
     const Key& firstKey() const
     {
-        VY_ASSERT_AT(!isEmpty(), "./../include/pub/vymap", __LINE__);
+        VY_ASSERT_SITE(!isEmpty(), VyAssertSites::mapFirstKey);
         return concrete(d->next[0])->key;
     }
     const Key& lastKey() const
     {
-        VY_ASSERT_AT(!isEmpty(), "./../include/pub/vymap", __LINE__);
+        VY_ASSERT_SITE(!isEmpty(), VyAssertSites::mapLastKey);
         return concrete(d->prev)->key;
     }
 

@@ -115,7 +115,7 @@ public:
     // The unit at i. Asserts i < size(); a negative index is not detected.
     VyUcs2 at(int i) const
     {
-        VY_ASSERT_AT(i < size(), "./../include/pub/vystring", 302);
+        VY_ASSERT_SITE(i < size(), VyAssertSites::stringAt);
         return d->data[i];
     }
     // A reference into the buffer. Asserts i < size(); a negative index is not detected.
@@ -124,7 +124,7 @@ public:
     // the write being cheap. Call detach() first for a private change.
     VyUcs2& operator[](int i)
     {
-        VY_ASSERT_AT(i < size(), "./../include/pub/vystring", 311);
+        VY_ASSERT_SITE(i < size(), VyAssertSites::stringIndex);
         return d->data[i];
     }
 

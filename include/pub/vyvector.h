@@ -267,7 +267,7 @@ template <typename T> void VyVector<T>::free(VyVectorData* x)
 
 template <typename T> void VyVector<T>::realloc(int asize, int aalloc)
 {
-    VY_ASSERT_AT(asize <= aalloc, "./../include/pub/vyvector", 1004);
+    VY_ASSERT_SITE(asize <= aalloc, VyAssertSites::vectorRealloc);
     VyVectorData* x = d;
     const bool owned = d->ref.load(std::memory_order_acquire) == 1;
     // An owned block loses its excess elements first, from the back.
@@ -335,19 +335,19 @@ template <typename T> void VyVector<T>::realloc(int asize, int aalloc)
 
 template <typename T> T& VyVector<T>::operator[](int i)
 {
-    VY_ASSERT_AT(i >= 0 && i < d->size, "./../include/pub/vyvector", 906);
+    VY_ASSERT_SITE(i >= 0 && i < d->size, VyAssertSites::vectorIndex);
     return data()[i];
 }
 
 template <typename T> const T& VyVector<T>::operator[](int i) const
 {
-    VY_ASSERT_AT(i >= 0 && i < d->size, "./../include/pub/vyvector", 902);
+    VY_ASSERT_SITE(i >= 0 && i < d->size, VyAssertSites::vectorIndexConst);
     return arr()[i];
 }
 
 template <typename T> T& VyVector<T>::last()
 {
-    VY_ASSERT_AT(!isEmpty(), "./../include/pub/vyvector", 724);
+    VY_ASSERT_SITE(!isEmpty(), VyAssertSites::vectorLast);
     return data()[d->size - 1];
 }
 
@@ -402,7 +402,7 @@ template <typename T> void VyVector<T>::insert(int i, int n, const T& t)
 
 template <typename T> void VyVector<T>::remove(int i)
 {
-    VY_ASSERT_AT(i >= 0 && i < d->size, "./../include/pub/vyvector", 922);
+    VY_ASSERT_SITE(i >= 0 && i < d->size, VyAssertSites::vectorRemove);
     remove(i, 1);
 }
 

@@ -9,8 +9,8 @@
 // The framework's crash reports name these functions by their qualified signatures, which g++
 // would print with the parameter's scope dropped ("nextNode(Node*)"); the texts are therefore
 // given here as the reports expect them.
-#define VY_HASH_ASSERT(cond, line, function)                                                       \
-    ((cond) ? static_cast<void>(0) : vyAssertFail(#cond, "./src/vyhash", line, function))
+#define VY_HASH_ASSERT(cond, site, function)                                                       \
+    ((cond) ? static_cast<void>(0) : vyAssertFail(#cond, (site).file, (site).line, function))
 
 VyHashData VyHashData::shared_null = {nullptr, nullptr, 1, 0, 0, 4, 0, 0, 1, 0};
 
@@ -131,7 +131,8 @@ VyHashData::Node* VyHashData::nextNode(Node* node)
     // Read as raw memory: after end() the node is the block, whose link is the null
     // sentinelNext.
     Node* const next = linkAfter(node);
-    VY_HASH_ASSERT(next, 193, "static VyHashData::Node* VyHashData::nextNode(VyHashData::Node*)");
+    VY_HASH_ASSERT(next, VyAssertSites::hashNextNode,
+                   "static VyHashData::Node* VyHashData::nextNode(VyHashData::Node*)");
     if (linkAfter(next))
         return next;
 
@@ -157,7 +158,7 @@ VyHashData::Node* VyHashData::previousNode(Node* node)
     // the last node of the chain.
     Node* stop = node;
     for (;;) {
-        VY_HASH_ASSERT(start >= 0, 239,
+        VY_HASH_ASSERT(start >= 0, VyAssertSites::hashPreviousNode,
                        "static VyHashData::Node* VyHashData::previousNode(VyHashData::Node*)");
         Node* previous = d->bucketTable[start];
         if (previous != stop) {
@@ -277,5 +278,6 @@ void VyHashData::findNodeFailed(const char* keyTypeText, const char* valueTypeTe
              "VyHashNode<Key, T>** VyHash<Key, T>::findNode(const Key&, uint*) const "
              "[with Key = %s, T = %s]",
              keyName, valueName);
-    vyAssertFail("*node == e || (*node)->next", "./../include/pub/vyhash", 1840, function);
+    vyAssertFail("*node == e || (*node)->next", VyAssertSites::hashFindNode.file,
+                 VyAssertSites::hashFindNode.line, function);
 }

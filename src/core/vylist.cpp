@@ -42,7 +42,7 @@ int listCapacityFor(int n)
 
 void VyListData::realloc(int alloc)
 {
-    VY_ASSERT_AT(d->ref == 1, "./src/vylist", 141);
+    VY_ASSERT_SITE(d->ref == 1, VyAssertSites::listDataRealloc);
     Data* x = static_cast<Data*>(::realloc(d, blockBytes(alloc)));
     if (!x)
         throw std::bad_alloc();
@@ -54,7 +54,7 @@ void VyListData::realloc(int alloc)
 
 void** VyListData::append(int n)
 {
-    VY_ASSERT_AT(d->ref == 1, "./src/vylist", 153);
+    VY_ASSERT_SITE(d->ref == 1, VyAssertSites::listDataAppend);
     int e = d->end;
     if (e + n > d->alloc) {
         const int b = d->begin;
@@ -74,7 +74,7 @@ void** VyListData::append(int n)
 
 void** VyListData::append(const VyListData& l)
 {
-    VY_ASSERT_AT(d->ref == 1, "./src/vylist", 179);
+    VY_ASSERT_SITE(d->ref == 1, VyAssertSites::listDataAppendList);
     const int e = d->end;
     const int n = l.d->end - l.d->begin;
     if (n) {
@@ -88,7 +88,7 @@ void** VyListData::append(const VyListData& l)
 
 void** VyListData::prepend()
 {
-    VY_ASSERT_AT(d->ref == 1, "./src/vylist", 199);
+    VY_ASSERT_SITE(d->ref == 1, VyAssertSites::listDataPrepend);
     if (d->begin == 0) {
         if (d->end >= d->alloc / 3)
             realloc(listCapacityFor(d->alloc + 1));
@@ -104,7 +104,7 @@ void** VyListData::prepend()
 
 void** VyListData::insert(int i)
 {
-    VY_ASSERT_AT(d->ref == 1, "./src/vylist", 217);
+    VY_ASSERT_SITE(d->ref == 1, VyAssertSites::listDataInsert);
     if (i < 1)
         return prepend();
     const int size = d->end - d->begin;
@@ -130,7 +130,7 @@ void** VyListData::insert(int i)
 
 void VyListData::remove(int i)
 {
-    VY_ASSERT_AT(d->ref == 1, "./src/vylist", 256);
+    VY_ASSERT_SITE(d->ref == 1, VyAssertSites::listDataRemove);
     const int size = d->end - d->begin;
     i += d->begin;
     if (i - d->begin >= size - (i - d->begin)) {
@@ -144,7 +144,7 @@ void VyListData::remove(int i)
 
 void VyListData::remove(int i, int n)
 {
-    VY_ASSERT_AT(d->ref == 1, "./src/vylist", 271);
+    VY_ASSERT_SITE(d->ref == 1, VyAssertSites::listDataRemoveRange);
     const int size = d->end - d->begin;
     const int middle = i + n / 2;
     if (middle < size - middle) {
@@ -158,7 +158,7 @@ void VyListData::remove(int i, int n)
 
 void VyListData::move(int from, int to)
 {
-    VY_ASSERT_AT(d->ref == 1, "./src/vylist", 287);
+    VY_ASSERT_SITE(d->ref == 1, VyAssertSites::listDataMove);
     if (from == to)
         return;
     const int size = d->end - d->begin;
@@ -193,7 +193,7 @@ void VyListData::move(int from, int to)
 
 void** VyListData::erase(void** xi)
 {
-    VY_ASSERT_AT(d->ref == 1, "./src/vylist", 327);
+    VY_ASSERT_SITE(d->ref == 1, VyAssertSites::listDataErase);
     const int i = int(xi - (d->array + d->begin));
     remove(i);
     return d->array + d->begin + i;

@@ -4,6 +4,8 @@
 // consults the C library's locale.
 #include "vylocale.h"
 
+#include "vyunitbuffer.h"
+
 #include <charconv>
 #include <math.h>
 #include <new>
@@ -14,93 +16,11 @@
 namespace
 {
 
-// A growable run of units with room for 64 on the stack; formatting a number allocates only
-// for the result string unless the width or precision asks for more.
-class Units
-{
-public:
-    Units() : p_(inline_), size_(0), capacity_(kInline) {}
-    ~Units()
-    {
-        if (p_ != inline_)
-            free(p_);
-    }
-    Units(const Units&) = delete;
-    Units& operator=(const Units&) = delete;
+// Number text longer than 2^30 - 1 units is refused with std::bad_alloc, whatever width or
+// precision was asked for.
+constexpr int kNumberTextLimit = 0x3FFFFFFF;
 
-    int size() const { return size_; }
-    VyUcs2 operator[](int i) const { return p_[i]; }
-
-    void append(VyUcs2 u)
-    {
-        if (size_ == capacity_)
-            reserve(size_ + 1);
-        p_[size_++] = u;
-    }
-    void append(VyUcs2 u, long long count) { insert(size_, u, count); }
-    void append(const VyUcs2* u, int n)
-    {
-        reserve((long long)size_ + n);
-        memcpy(p_ + size_, u, size_t(n) * sizeof(VyUcs2));
-        size_ += n;
-    }
-    void append(const char* ascii)
-    {
-        while (*ascii)
-            append(VyUcs2(static_cast<unsigned char>(*ascii++)));
-    }
-    // Inserts `count` copies of `u` before position `pos`.
-    void insert(int pos, VyUcs2 u, long long count = 1)
-    {
-        if (count <= 0)
-            return;
-        reserve(size_ + count);
-        if (pos < size_)
-            memmove(p_ + pos + count, p_ + pos, size_t(size_ - pos) * sizeof(VyUcs2));
-        for (VyUcs2 *q = p_ + pos, *e = q + count; q != e; ++q)
-            *q = u;
-        size_ += int(count);
-    }
-    void assign(const VyString& s)
-    {
-        size_ = 0;
-        reserve(s.size());
-        if (s.size() > 0)
-            memcpy(p_, s.unicode(), size_t(s.size()) * sizeof(VyUcs2));
-        size_ = s.size();
-    }
-    VyString toString() const { return VyString(p_, size_); }
-
-private:
-    static constexpr int kInline = 64;
-
-    void reserve(long long n)
-    {
-        if (n <= capacity_)
-            return;
-        // A string holds at most INT_MAX units; longer text cannot be made.
-        if (n > 0x3FFFFFFF)
-            throw std::bad_alloc();
-        long long capacity = 2 * n;
-        if (capacity > 0x3FFFFFFF)
-            capacity = n;
-        VyUcs2* q = static_cast<VyUcs2*>(malloc(size_t(capacity) * sizeof(VyUcs2)));
-        if (!q)
-            throw std::bad_alloc();
-        memcpy(q, p_, size_t(size_) * sizeof(VyUcs2));
-        if (p_ != inline_)
-            free(p_);
-        p_ = q;
-        capacity_ = int(capacity);
-    }
-
-    VyUcs2* p_;
-    int size_;
-    int capacity_;
-    VyUcs2 inline_[kInline];
-};
-
-void upperCase(Units& t)
+void upperCase(VyUnitBuffer& t)
 {
     t.assign(t.toString().toUpper());
 }
@@ -110,7 +30,7 @@ bool isZeroPadded(unsigned flags)
     return (flags & (VyLocale::ZeroPad | VyLocale::LeftJustify)) == VyLocale::ZeroPad;
 }
 
-void appendSign(Units& t, bool negative, VyUcs2 plus, VyUcs2 minus, unsigned flags)
+void appendSign(VyUnitBuffer& t, bool negative, VyUcs2 plus, VyUcs2 minus, unsigned flags)
 {
     if (negative)
         t.insert(0, minus);
@@ -189,7 +109,7 @@ VyString formatInteger(VyUcs2 zero, VyUcs2 group, VyUcs2 plus, VyUcs2 minus, boo
         return VyString(digits, int(end - digits));
     }
 
-    Units t;
+    VyUnitBuffer t(kNumberTextLimit);
     t.append(digits, int(end - digits));
     if (base == 10 && (flags & VyLocale::GroupDigits)) {
         for (int i = t.size() - 3; i > 0; i -= 3)
@@ -220,8 +140,8 @@ VyString formatInteger(VyUcs2 zero, VyUcs2 group, VyUcs2 plus, VyUcs2 minus, boo
 }
 
 // The decimal layout of decimalForm on a unit buffer.
-void decimalLayout(Units& t, VyUcs2 zero, VyUcs2 decimal, VyUcs2 group, int decpt, int precision,
-                   VyLocale::PrecisionMode mode, bool alternate, bool grouping)
+void decimalLayout(VyUnitBuffer& t, VyUcs2 zero, VyUcs2 decimal, VyUcs2 group, int decpt,
+                   int precision, VyLocale::PrecisionMode mode, bool alternate, bool grouping)
 {
     if (decpt <= 0) {
         t.insert(0, zero, 1 - (long long)decpt);
@@ -246,7 +166,7 @@ void decimalLayout(Units& t, VyUcs2 zero, VyUcs2 decimal, VyUcs2 group, int decp
 }
 
 // The exponent layout of exponentForm on a unit buffer.
-void exponentLayout(Units& t, VyUcs2 zero, VyUcs2 decimal, VyUcs2 exponential, VyUcs2 plus,
+void exponentLayout(VyUnitBuffer& t, VyUcs2 zero, VyUcs2 decimal, VyUcs2 exponential, VyUcs2 plus,
                     VyUcs2 minus, int decpt, int precision, VyLocale::PrecisionMode mode,
                     bool alternate)
 {
@@ -343,7 +263,7 @@ int decimalDigits(double d, int mode, int ndigits, char* out, int* decpt)
     return n;
 }
 
-void appendDigits(Units& t, const char* digits, int n, VyUcs2 zero)
+void appendDigits(VyUnitBuffer& t, const char* digits, int n, VyUcs2 zero)
 {
     for (int i = 0; i < n; ++i)
         t.append(VyUcs2(zero + (digits[i] - '0')));
@@ -399,7 +319,7 @@ VyString VyLocale::doubleToString(VyUcs2 zero, VyUcs2 plus, VyUcs2 minus, VyUcs2
         precision = 6;
     if (width < 0)
         width = 0;
-    Units t;
+    VyUnitBuffer t(kNumberTextLimit);
     bool negative = false;
     if (isinf(value)) {
         t.append("inf");
@@ -447,7 +367,7 @@ VyString& VyLocale::decimalForm(VyUcs2 zero, VyUcs2 decimal, VyUcs2 group, VyStr
                                 int decimalPosition, int precision, PrecisionMode mode,
                                 bool alternate, bool grouping)
 {
-    Units t;
+    VyUnitBuffer t(kNumberTextLimit);
     t.assign(digits);
     decimalLayout(t, zero, decimal, group, decimalPosition, precision, mode, alternate, grouping);
     digits = t.toString();
@@ -458,7 +378,7 @@ VyString& VyLocale::exponentForm(VyUcs2 zero, VyUcs2 decimal, VyUcs2 exponential
                                  VyUcs2 minus, VyString& digits, int decimalPosition, int precision,
                                  PrecisionMode mode, bool alternate)
 {
-    Units t;
+    VyUnitBuffer t(kNumberTextLimit);
     t.assign(digits);
     exponentLayout(t, zero, decimal, exponential, plus, minus, decimalPosition, precision, mode,
                    alternate);

@@ -5,45 +5,15 @@
 
 #include "vystringfold.h"
 #include "vystringlist.h"
+#include "vyunitbuffer.h"
 
 #include <limits.h>
 #include <new>
 #include <stdint.h>
-#include <stdlib.h>
 #include <string.h>
 
 namespace
 {
-
-// A private copy of units that may lie in a buffer about to change. Short runs stay on the
-// stack.
-class UnitCopy
-{
-public:
-    UnitCopy(const VyUcs2* units, int n)
-        : p(n <= int(sizeof(local) / sizeof(VyUcs2)) ? local : nullptr)
-    {
-        if (!p) {
-            p = static_cast<VyUcs2*>(malloc(size_t(n) * sizeof(VyUcs2)));
-            if (!p)
-                throw std::bad_alloc();
-        }
-        if (n > 0)
-            memcpy(p, units, size_t(n) * sizeof(VyUcs2));
-    }
-    ~UnitCopy()
-    {
-        if (p != local)
-            free(p);
-    }
-    UnitCopy(const UnitCopy&) = delete;
-    UnitCopy& operator=(const UnitCopy&) = delete;
-    const VyUcs2* units() const { return p; }
-
-private:
-    VyUcs2 local[64];
-    VyUcs2* p;
-};
 
 // Whether `units` points into the block's buffer.
 bool pointsInto(const VyString::Data* d, const VyUcs2* units)
@@ -85,7 +55,8 @@ void VyString::replaceUnits(int pos, int len, const VyUcs2* units, int n)
 {
     detachIfShared();
     if (n > 0 && pointsInto(d, units)) {
-        const UnitCopy copy(units, n);
+        VyUnitBuffer copy;
+        copy.append(units, n);
         replaceUnits(pos, len, copy.units(), n);
         return;
     }
@@ -128,19 +99,9 @@ void VyString::insertUtf8(int pos, const char* utf8, int len)
     const int used = (len >= 0 && len < n) ? len : n;
     if (used == 0)
         return;
-    VyUcs2 local[128];
-    VyUcs2* units = used <= 128 ? local : static_cast<VyUcs2*>(malloc(size_t(used) * 2));
-    if (!units)
-        throw std::bad_alloc();
-    try {
-        insertUnits(pos, units, utf8ToUcs2(units, utf8, used));
-    } catch (...) {
-        if (units != local)
-            free(units);
-        throw;
-    }
-    if (units != local)
-        free(units);
+    VyUnitBuffer units;
+    units.appendUtf8(utf8, used);
+    insertUnits(pos, units.units(), units.size());
 }
 
 VyString& VyString::replace(int pos, int len, const VyUcs2* after, int alen)
@@ -230,11 +191,13 @@ VyString& VyString::replace(const VyUcs2* before, int blen, const VyUcs2* after,
         return *this;
     // The buffer changes with every replacement: take copies of arguments that point into it.
     if (blen > 0 && pointsInto(d, before)) {
-        const UnitCopy copy(before, blen);
+        VyUnitBuffer copy;
+        copy.append(before, blen);
         return replace(copy.units(), blen, after, alen, cs);
     }
     if (alen > 0 && pointsInto(d, after)) {
-        const UnitCopy copy(after, alen);
+        VyUnitBuffer copy;
+        copy.append(after, alen);
         return replace(before, blen, copy.units(), alen, cs);
     }
     // Kept: the next search starts where the replacement went, so the replacement text is

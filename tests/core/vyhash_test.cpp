@@ -220,6 +220,51 @@ TEST_F(VyHashCountedTest, ThrowingCopiesLeaveTheHashesAsTheyWere)
     EXPECT_EQ(Counted::living(), 36);
 }
 
+// The two-argument detach_helper: malloc'd nodes (alignment 4) holding copies of every
+// payload, in the same buckets and chain order.
+TEST_F(VyHashCountedTest, DetachHelperCopiesEveryChainInOrder)
+{
+    typedef VyHash<Counted, Counted> H;
+    typedef VyHashNode<Counted, Counted> Node;
+    H h;
+    for (int k = 0; k < 40; ++k)
+        h.insert(Counted(k), Counted(-k));
+    VyHashData* const x = h.d->detach_helper(H::duplicateNode, h.d->nodeBytes);
+    EXPECT_EQ(Counted::living(), 160);
+    EXPECT_TRUE(x->ref.load() == 1 && x->canShare && !x->alignedNodes && x->size == 40);
+    ASSERT_EQ(x->bucketCount, h.d->bucketCount);
+    for (int b = 0; b < x->bucketCount; ++b) {
+        VyHashData::Node *c = x->bucketTable[b], *o = h.d->bucketTable[b];
+        for (; o != h.d->end(); c = c->next, o = o->next) {
+            ASSERT_TRUE(c != x->end() && c != o && c->h == o->h);
+            EXPECT_TRUE(static_cast<Node*>(c)->key == static_cast<Node*>(o)->key &&
+                        static_cast<Node*>(c)->value == static_cast<Node*>(o)->value);
+        }
+        EXPECT_EQ(c, x->end()) << "bucket " << b;
+    }
+    x->free_helper(H::deleteNode2);
+}
+
+// destroyAndFree releases the bucket table and the block but neither destroys nor frees the
+// nodes: they stay for the caller.
+TEST_F(VyHashCountedTest, DestroyAndFreeLeavesTheNodes)
+{
+    typedef VyHash<Counted, Counted> H;
+    H h;
+    for (int k = 0; k < 20; ++k)
+        h.insert(Counted(k), Counted(k));
+    VyHashData* const x = h.d->detach_helper(H::duplicateNode, h.d->nodeBytes);
+    std::vector<VyHashData::Node*> nodes;
+    for (VyHashData::Node* n = x->firstNode(); n != x->end(); n = VyHashData::nextNode(n))
+        nodes.push_back(n);
+    x->destroyAndFree();
+    EXPECT_EQ(Counted::living(), 80);
+    for (VyHashData::Node* n : nodes) {
+        H::deleteNode2(n);
+        ::free(n);
+    }
+}
+
 TEST(VyHashDeathTest, IteratorStepsAndCorruptChains)
 {
     VyHash<int, int> h;

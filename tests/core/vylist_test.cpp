@@ -8,6 +8,7 @@
 #include <deque>
 #include <random>
 #include <stdint.h>
+#include <string.h>
 #include <tuple>
 #include <vector>
 
@@ -121,6 +122,28 @@ TEST(VyListDetachTest, DetachGrowPlacesTheGap)
     copy.append(nullptr);
     EXPECT_EQ(std::make_tuple(copy.p.d->alloc, copy.p.d->begin, copy.p.d->end),
               std::make_tuple(27, 0, 13));
+}
+
+TEST(VyListDetachTest, Detach2CopiesTheWholeBlock)
+{
+    // Every slot and the header come along; only the count and canShare are set anew.
+    VyListData p;
+    p.d = &VyListData::shared_null;
+    p.detach(11);
+    for (intptr_t k = 0; k < 11; ++k)
+        p.d->array[k] = reinterpret_cast<void*>(k + 1);
+    p.d->begin = 3;
+    p.d->end = 7;
+    p.d->reserved = 5;
+    p.d->canShare = 0;
+    p.d->ref.store(2);
+    VyListData::Data* const old = p.d;
+    ASSERT_EQ(p.detach2(), old);
+    EXPECT_TRUE(p.d != old && old->ref.load() == 2 && p.d->ref.load() == 1 && p.d->canShare);
+    EXPECT_TRUE(p.d->alloc == 11 && p.d->begin == 3 && p.d->end == 7 && p.d->reserved == 5);
+    EXPECT_EQ(memcmp(p.d->array, old->array, 11 * sizeof(void*)), 0);
+    ::free(p.d);
+    ::free(old);
 }
 
 // The typed list over int and over Counted, both stored as heap copies the slots point at;

@@ -1,6 +1,7 @@
 // Number symbols, the byte form of the C locale, group separators, and the text readers under
 // any symbols against the byte form read whole.
 #include "vylocale.h"
+#include "vyu16.h"
 
 #include <gtest/gtest.h>
 

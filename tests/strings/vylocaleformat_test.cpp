@@ -1,6 +1,7 @@
 // Numbers to text: integers and doubles with random flags, widths and precisions against C's
 // snprintf, the cases C has no conversion for, and the digits of vydtoa.
 #include "vylocale.h"
+#include "vyu16.h"
 
 #include <gtest/gtest.h>
 
@@ -15,11 +16,6 @@
 
 namespace
 {
-
-std::string U8(const VyString& s)
-{
-    return std::string(s.toUtf8().constData());
-}
 
 VyString ll(long long v, int precision, int base, int width, unsigned flags)
 {
