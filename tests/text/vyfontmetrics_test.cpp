@@ -27,7 +27,6 @@ TEST_F(MeasuringTest, ConstructionSettersAndHolds)
                                   m.fontSize, m.wordWrap, m.boldFace, m.alignment, m.layoutDirty),
                   std::make_tuple(-1, 3, 2, 0, 40, false, false, 0x44, true));
         EXPECT_TRUE(m.textRect.isNull());
-        EXPECT_TRUE(m.glyphBitmap().isSharedWith(m.engine->glyphs));
 
         m.divideText();
         m.setAlignment(0x21);

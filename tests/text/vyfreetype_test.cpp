@@ -63,23 +63,20 @@ protected:
 };
 
 // DejaVu Sans with every byte of its glyph outlines ('glyf' table) set to 0xFF: loading any
-// glyph with an outline fails.
+// glyph with an outline fails. The table directory, the first place the tag appears, gives the
+// table's offset and length.
 std::string writeBrokenOutlineFont()
 {
     std::ifstream in(DEJAVU_SANS, std::ios::binary);
     std::string font((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    auto word = [&font](size_t at, int bytes) {
-        unsigned v = 0;
-        for (int i = 0; i < bytes; ++i)
-            v = v << 8 | static_cast<unsigned char>(font[at + i]);
-        return v;
+    auto word = [&font](size_t at) {
+        return unsigned(static_cast<unsigned char>(font[at])) << 24 |
+               unsigned(static_cast<unsigned char>(font[at + 1])) << 16 |
+               unsigned(static_cast<unsigned char>(font[at + 2])) << 8 |
+               unsigned(static_cast<unsigned char>(font[at + 3]));
     };
-    for (unsigned i = 0, tables = word(4, 2); i < tables; ++i) {
-        const size_t record = 12 + 16 * i;
-        if (font.compare(record, 4, "glyf") == 0)
-            font.replace(word(record + 8, 4), word(record + 12, 4),
-                         std::string(word(record + 12, 4), '\xFF'));
-    }
+    const size_t record = font.find("glyf");
+    font.replace(word(record + 8), word(record + 12), std::string(word(record + 12), '\xFF'));
     const std::string path = ::testing::TempDir() + "vy_broken_outlines.ttf";
     std::ofstream(path, std::ios::binary) << font;
     return path;
