@@ -1,5 +1,6 @@
-// The fixture of the layout tests: a cache whose glyphs all have chosen metrics. Unifont is
-// open only as a safety net; every unit a test lays out gets a synthetic record first.
+// The fixture of the tests that need the font cache: unifont open, no limit, everything
+// dropped at the end. The layout tests give every unit they lay out a synthetic record with
+// chosen metrics first; unifont is only their safety net.
 #ifndef LAYOUTFIXTURE_H
 #define LAYOUTFIXTURE_H
 

@@ -4,17 +4,16 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
-#include <fcntl.h>
+#include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <fstream>
 #include <iterator>
-#include <sstream>
+#include <map>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -23,134 +22,79 @@ namespace
 
 const char* const Unifont = "/usr/share/fonts/opentype/unifont/unifont.otf";
 
-// ---- a small JSON reader: objects, arrays, strings, integers, true and false
+std::string format(const char* f, ...) __attribute__((format(printf, 1, 2)));
+std::string format(const char* f, ...)
+{
+    char buffer[256];
+    va_list args;
+    va_start(args, f);
+    vsnprintf(buffer, sizeof buffer, f, args);
+    va_end(args);
+    return buffer;
+}
 
-struct Json {
-    enum Kind { Null, Bool, Number, String, Array, Object } kind = Null;
-    long long number = 0;
-    std::string text;
-    std::vector<Json> items;
-    std::vector<std::pair<std::string, Json>> fields;
+// ---- JSON, flattened to paths: "records.0.glyphs.2.pen" -> "12"; strings keep their quotes
+// and escapes as written, true and false their words; "lines.#" is the number of items of
+// "lines".
 
-    const Json& operator[](const std::string& key) const
+struct Json : std::map<std::string, std::string> {
+    // A missing path throws, which fails the test.
+    int n(const std::string& path) const { return std::stoi(at(path)); }
+    // The four edges of a rectangle, as the dump prints them.
+    std::string edges(const std::string& path) const
     {
-        static const Json missing;
-        for (const auto& f : fields)
-            if (f.first == key)
-                return f.second;
-        ADD_FAILURE() << "no field " << key;
-        return missing;
-    }
-    const Json& operator[](size_t i) const { return items.at(i); }
-    int n() const { return int(number); }
-    std::vector<int> ints() const
-    {
-        std::vector<int> v;
-        for (const Json& j : items)
-            v.push_back(j.n());
-        return v;
+        return format("%d %d %d %d", n(path + ".0"), n(path + ".1"), n(path + ".2"),
+                      n(path + ".3"));
     }
 };
 
-struct JsonReader {
-    const std::string& s;
-    size_t p = 0;
-
-    void space() { p = std::min(s.size(), s.find_first_not_of(" \n\t\r", p)); }
-    bool take(char c)
-    {
-        space();
-        return p < s.size() && s[p] == c ? (++p, true) : false;
+// The value that starts at token t, stored under `path`; false on a token out of place.
+bool parse(const std::vector<std::string>& tokens, size_t& t, const std::string& path, Json& j)
+{
+    const std::string open = tokens[t++];
+    if (open != "{" && open != "[") {
+        j[path] = open;
+        return !open.empty() && std::string("{}[]:,").find(open[0]) == std::string::npos;
     }
-    bool string(std::string& out)
-    {
-        if (!take('"'))
+    const std::string close = open == "{" ? "}" : "]", prefix = path.empty() ? "" : path + ".";
+    int n = 0;
+    for (; !tokens[t].empty() && tokens[t] != close; ++n) {
+        if (n > 0 && tokens[t++] != ",")
             return false;
-        while (p < s.size() && s[p] != '"') {
-            char c = s[p++];
-            if (c == '\\') {
-                if (p >= s.size())
-                    return false;
-                c = s[p++];
-                if (c == 'u') {
-                    // Only the control characters vytext escapes.
-                    const unsigned v = unsigned(strtoul(s.substr(p, 4).c_str(), nullptr, 16));
-                    if (v >= 0x20)
-                        return false;
-                    c = char(v);
-                    p += 4;
-                } else if (c != '"' && c != '\\') {
-                    return false;
-                }
-            } else if (static_cast<unsigned char>(c) < 0x20) {
+        std::string key = std::to_string(n);
+        if (open == "{") {
+            key = tokens[t].substr(1, tokens[t].size() - 2);
+            if (tokens[t][0] != '"' || tokens[t + 1] != ":")
                 return false;
-            }
-            out += c;
+            t += 2;
         }
-        return take('"');
-    }
-    bool value(Json& v)
-    {
-        space();
-        if (p >= s.size())
+        if (!parse(tokens, t, prefix + key, j))
             return false;
-        if (s[p] == '{' || s[p] == '[') {
-            const bool object = s[p++] == '{';
-            v.kind = object ? Json::Object : Json::Array;
-            if (take(object ? '}' : ']'))
-                return true;
-            do {
-                Json item;
-                std::string key;
-                if ((object && (!string(key) || !take(':'))) || !value(item))
-                    return false;
-                if (object)
-                    v.fields.emplace_back(key, item);
-                else
-                    v.items.push_back(item);
-            } while (take(','));
-            return take(object ? '}' : ']');
-        }
-        if (s[p] == '"') {
-            v.kind = Json::String;
-            return string(v.text);
-        }
-        for (const std::string word : {"true", "false"})
-            if (s.compare(p, word.size(), word) == 0) {
-                v.kind = Json::Bool;
-                v.number = word == "true";
-                p += word.size();
-                return true;
-            }
-        char* end = nullptr;
-        v.number = strtoll(s.c_str() + p, &end, 10);
-        v.kind = Json::Number;
-        const size_t used = size_t(end - (s.c_str() + p));
-        p += used;
-        return used > 0;
     }
-};
+    j[prefix + "#"] = std::to_string(n);
+    return tokens[t++] == close;
+}
 
 // Parses a whole document; a syntax error fails the test.
 Json parseJson(const std::string& s)
 {
-    JsonReader r{s};
-    Json v;
-    const bool ok = r.value(v);
-    r.space();
-    EXPECT_TRUE(ok && r.p == s.size()) << "not JSON at byte " << r.p << ":\n" << s;
-    return v;
+    static const std::regex token(R"("(\\.|[^"\\\x00-\x1f])*"|[{}\[\]:,]|-?[0-9]+|true|false)");
+    std::vector<std::string> tokens(std::sregex_token_iterator(s.begin(), s.end(), token), {});
+    tokens.push_back(""); // the end
+    Json j;
+    size_t t = 0;
+    const bool ok = parse(tokens, t, "", j) && t + 1 == tokens.size() &&
+                    std::regex_replace(s, token, "").find_first_not_of(" \n") == std::string::npos;
+    EXPECT_TRUE(ok) << "not JSON:\n" << s;
+    return j;
 }
 
 // ---- running the tool
 
-std::string scratch()
+// A name for a file of this test program (ctest may run several at once).
+std::string scratch(const std::string& name)
 {
-    static std::string dir = [] {
-        char name[] = "/tmp/vytext-test.XXXXXX";
-        return std::string(mkdtemp(name) ? name : "/tmp");
-    }();
-    return dir;
+    return testing::TempDir() + "vytext-test-" + std::to_string(getpid()) + "-" + name;
 }
 
 std::string readFile(const std::string& path)
@@ -159,9 +103,10 @@ std::string readFile(const std::string& path)
     return std::string(std::istreambuf_iterator<char>(f), std::istreambuf_iterator<char>());
 }
 
-void writeFile(const std::string& path, const std::string& bytes)
+// `s` as one word of the shell.
+std::string shellWord(const std::string& s)
 {
-    std::ofstream(path, std::ios::binary) << bytes;
+    return "'" + std::regex_replace(s, std::regex("'"), "'\\''") + "'";
 }
 
 struct Result {
@@ -175,33 +120,14 @@ struct Result {
 Result run(const std::vector<std::string>& args, const std::string& input = "",
            const char* fontlib = nullptr)
 {
-    const std::string in = scratch() + "/in", out = scratch() + "/out", err = scratch() + "/err";
-    writeFile(in, input);
-    const char* tool = getenv("VYTEXT");
-    if (!tool) {
-        ADD_FAILURE() << "VYTEXT is not set";
-        return {-1, "", ""};
-    }
-    std::vector<char*> argv{const_cast<char*>(tool)};
-    for (const std::string& a : args)
-        argv.push_back(const_cast<char*>(a.c_str()));
-    argv.push_back(nullptr);
-    const pid_t child = fork();
-    if (child == 0) {
-        dup2(open(in.c_str(), O_RDONLY), 0);
-        dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 1);
-        dup2(open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644), 2);
-        if (fontlib)
-            setenv("VY_FONTLIB", fontlib, 1);
-        else
-            unsetenv("VY_FONTLIB");
-        execv(tool, argv.data());
-        _exit(127);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), readFile(out),
-            readFile(err)};
+    std::ofstream(scratch("in"), std::ios::binary) << input;
+    std::string command = fontlib ? "VY_FONTLIB=" + shellWord(fontlib) : "unset VY_FONTLIB;";
+    command += " " + shellWord(getenv("VYTEXT"));
+    for (const std::string& word : args)
+        command += " " + shellWord(word);
+    command += " <" + scratch("in") + " >" + scratch("out") + " 2>" + scratch("err");
+    const int status = system(command.c_str());
+    return {WEXITSTATUS(status), readFile(scratch("out")), readFile(scratch("err"))};
 }
 
 // The layout of `text` as JSON with the unifont font.
@@ -219,289 +145,195 @@ class Vytext : public ::testing::Test
 protected:
     void SetUp() override
     {
+        ASSERT_NE(getenv("VYTEXT"), nullptr) << "VYTEXT is not set";
         if (access(Unifont, R_OK) != 0)
             GTEST_SKIP() << Unifont << " is not installed";
     }
 };
 
-// Line height, ascent, descent and every record's baseline, as the glyphs give them.
-void checkVerticalMetrics(const Json& j)
-{
-    int ascent = 0, descent = 0;
-    for (const Json& r : j["records"].items)
-        for (const Json& g : r["glyphs"].items) {
-            ascent = std::max(ascent, g["top"].n());
-            descent = std::max(descent, g["rows"].n() - g["top"].n());
-        }
-    EXPECT_EQ(j["ascent"].n(), ascent);
-    EXPECT_EQ(j["descent"].n(), descent);
-    const int height = j["line_height"].n();
-    EXPECT_EQ(height, int(double(ascent + descent) + double(ascent + descent) * 0.36));
-    EXPECT_EQ(j["pitch"].n(), height + j["line_spacing"].n());
-    for (const Json& r : j["records"].items)
-        EXPECT_EQ(r["baseline"].n(),
-                  r["rect"][3].n() - j["pitch"].n() + 1 + (height - ascent - descent) / 2 + ascent);
-}
-
 TEST_F(Vytext, WrappedWordsArePlacedInTheBoxByEveryAlignment)
 {
-    struct Align {
-        const char* flags;
-        int stored;
-    };
-    const Align aligns[] = {{"left,top", 0x11}, {"right,bottom", 0x22}, {"center", 0x44},
-                            {"0", 0x11},        {"0x03", 0x13},         {"hcenter,bottom", 0x24}};
+    const std::pair<const char*, int> aligns[] = {{"left,top", 0x11}, {"right,bottom", 0x22},
+                                                  {"center", 0x44},   {"0", 0x11},
+                                                  {"0x03", 0x13},     {"hcenter,bottom", 0x24}};
     for (const int size : {16, 32})
         for (const int ls : {0, 2})
-            for (const Align& a : aligns) {
-                SCOPED_TRACE(std::string(a.flags) + " size " + std::to_string(size) + " ls " +
-                             std::to_string(ls));
+            for (const auto& [flags, stored] : aligns) {
+                SCOPED_TRACE(format("%s size %d ls %d", flags, size, ls));
                 // Cells of half-width letters; ten of them fill the box exactly, so the third
                 // word wraps.
-                const int cell = size / 2 + ls;
-                const int boxW = 10 * cell, boxH = 200;
-                const Json j =
-                    layout({"--size", std::to_string(size), "--letter-spacing", std::to_string(ls),
-                            "--line-spacing", "3", "--wrap", "--box",
-                            "10,20," + std::to_string(boxW) + ",200", "--align", a.flags},
-                           "aaaa bbbb cccc");
-                checkVerticalMetrics(j);
-                const int pitch = j["pitch"].n();
-                EXPECT_EQ(j["alignment"].n(), a.stored);
-                EXPECT_EQ(j["box"].ints(), (std::vector<int>{10, 20, 9 + boxW, 219}));
-                ASSERT_EQ(j["lines"].items.size(), 2u);
-                EXPECT_EQ(j["lines"][0]["text"].text, "aaaa bbbb ");
-                EXPECT_EQ(j["lines"][1]["text"].text, "cccc");
-                const int widths[2] = {10 * cell, 4 * cell};
-                const int h = a.stored & 7, v = a.stored & 0x70;
-                const int lastBottom = 2 * pitch - 1;
+                const int cell = size / 2 + ls, boxW = 10 * cell, boxH = 200;
+                const Json j = layout({"--size", std::to_string(size), "--letter-spacing",
+                                       std::to_string(ls), "--line-spacing", "3", "--wrap", "--box",
+                                       format("10,20,%d,200", boxW), "--align", flags},
+                                      "aaaa bbbb cccc");
+                // Line height, ascent, descent and every record's baseline, as the glyphs
+                // give them.
+                int ascent = 0, descent = 0;
+                for (int r = 0; r < j.n("records.#"); ++r)
+                    for (int g = 0; g < j.n(format("records.%d.glyphs.#", r)); ++g) {
+                        const std::string glyph = format("records.%d.glyphs.%d.", r, g);
+                        ascent = std::max(ascent, j.n(glyph + "top"));
+                        descent = std::max(descent, j.n(glyph + "rows") - j.n(glyph + "top"));
+                    }
+                EXPECT_EQ(std::make_pair(j.n("ascent"), j.n("descent")),
+                          std::make_pair(ascent, descent));
+                const int height = j.n("line_height");
+                EXPECT_EQ(height, int(double(ascent + descent) + double(ascent + descent) * 0.36));
+                EXPECT_EQ(j.n("pitch"), height + j.n("line_spacing"));
+                for (int r = 0; r < j.n("records.#"); ++r)
+                    EXPECT_EQ(j.n(format("records.%d.baseline", r)),
+                              j.n(format("records.%d.rect.3", r)) - j.n("pitch") + 1 +
+                                  (height - ascent - descent) / 2 + ascent);
+                const int pitch = j.n("pitch");
+                EXPECT_EQ(j.n("alignment"), stored);
+                EXPECT_EQ(j.edges("box"), format("10 20 %d 219", 9 + boxW));
+                EXPECT_EQ(std::make_tuple(j.n("lines.#"), j.n("records.#"), j.at("lines.0.text"),
+                                          j.at("lines.1.text")),
+                          std::make_tuple(2, 2, "\"aaaa bbbb \"", "\"cccc\""));
+                const int h = stored & 7, v = stored & 0x70, lastBottom = 2 * pitch - 1;
                 const int dy = v == 0x20   ? 20 + boxH - lastBottom
                                : v == 0x40 ? 20 + (boxH - lastBottom) / 2
                                            : 20;
-                ASSERT_EQ(j["records"].items.size(), 2u);
                 for (int i = 0; i < 2; ++i) {
-                    const int w = widths[i];
-                    EXPECT_EQ(j["lines"][i]["rect"].ints(),
-                              (std::vector<int>{0, i * pitch, w - 1, (i + 1) * pitch - 1}));
+                    const int w = (i ? 4 : 10) * cell;
                     const int left = h == 2 ? 10 + boxW - w : h == 4 ? 10 + (boxW - w) / 2 : 10;
-                    const Json& r = j["records"][i];
-                    EXPECT_EQ(r["rect"].ints(), (std::vector<int>{left, i * pitch, left + w - 1,
-                                                                  (i + 1) * pitch - 1 + dy}));
-                    const Json& glyphs = r["glyphs"];
-                    for (size_t k = 0; k < glyphs.items.size(); ++k) {
-                        EXPECT_EQ(glyphs[k]["advance"].n(), size / 2);
-                        EXPECT_EQ(glyphs[k]["pen"].n(), left + int(k) * cell);
+                    const std::string record = format("records.%d.", i);
+                    EXPECT_EQ(j.edges(format("lines.%d.rect", i)),
+                              format("0 %d %d %d", i * pitch, w - 1, (i + 1) * pitch - 1));
+                    EXPECT_EQ(j.edges(record + "rect"),
+                              format("%d %d %d %d", left, i * pitch, left + w - 1,
+                                     (i + 1) * pitch - 1 + dy));
+                    EXPECT_EQ(j.n(record + "glyphs.#"), w / cell);
+                    for (int k = 0; k < j.n(record + "glyphs.#"); ++k) {
+                        const std::string glyph = record + format("glyphs.%d.", k);
+                        EXPECT_EQ(j.n(glyph + "advance"), size / 2);
+                        EXPECT_EQ(j.n(glyph + "pen"), left + k * cell);
                     }
                 }
             }
 }
 
-TEST_F(Vytext, IdeographsBreakBetweenFullWidthCells)
-{
-    for (const int size : {16, 24}) {
-        const Json j = layout({"--size", std::to_string(size), "--wrap", "--box",
-                               "0,0," + std::to_string(size * 5 / 2) + ",100"},
-                              "中文字");
-        ASSERT_EQ(j["lines"].items.size(), 2u);
-        EXPECT_EQ(j["lines"][0]["text"].text, "中文");
-        EXPECT_EQ(j["lines"][1]["text"].text, "字");
-        EXPECT_EQ(j["lines"][0]["rect"][2].n(), 2 * size - 1);
-        EXPECT_EQ(j["lines"][1]["rect"][2].n(), size - 1);
-        EXPECT_EQ(j["records"][1]["glyphs"][0]["advance"].n(), size);
-    }
-}
-
 TEST_F(Vytext, RightToLeftRecordsCarryEveryEarlierGlyph)
 {
     const Json j = layout({}, "אב\nגד\nהו");
-    EXPECT_EQ(j["rtl"].number, 1);
-    const int pitch = j["pitch"].n();
+    EXPECT_EQ(j.at("rtl"), "true");
+    const int pitch = j.n("pitch");
     // Earlier lines go to the front, the last one to the end; records stay in build order.
-    const char* texts[3] = {"גד", "אב", "הו"};
+    const char* texts[3] = {"\"גד\"", "\"אב\"", "\"הו\""};
     const int tops[3] = {pitch, 0, 2 * pitch};
-    ASSERT_EQ(j["lines"].items.size(), 3u);
-    ASSERT_EQ(j["records"].items.size(), 3u);
-    for (size_t i = 0; i < 3; ++i) {
-        EXPECT_EQ(j["lines"][i]["text"].text, texts[i]);
-        EXPECT_EQ(j["lines"][i]["rect"][1].n(), tops[i]);
-        const Json& glyphs = j["records"][i]["glyphs"];
-        ASSERT_EQ(glyphs.items.size(), 2 * (i + 1));
-        for (size_t k = 0; i > 0 && k < 2 * i; ++k)
-            EXPECT_EQ(glyphs[k]["unit"].n(), j["records"][i - 1]["glyphs"][k]["unit"].n());
+    ASSERT_EQ(std::make_pair(j.n("lines.#"), j.n("records.#")), std::make_pair(3, 3));
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(j.at(format("lines.%d.text", i)), texts[i]);
+        EXPECT_EQ(j.n(format("lines.%d.rect.1", i)), tops[i]);
+        const std::string record = format("records.%d.", i);
+        ASSERT_EQ(j.n(record + "glyphs.#"), 2 * (i + 1));
+        for (int k = 0; k < 2 * i; ++k)
+            EXPECT_EQ(j.at(record + format("glyphs.%d.unit", k)),
+                      j.at(format("records.%d.glyphs.%d.unit", i - 1, k)));
         // Only the glyphs beyond the previous record's are the record's own, painted from x1.
-        EXPECT_EQ(j["records"][i]["own"].n(), int(2 * i));
-        EXPECT_EQ(glyphs[2 * i]["pen"].n(), j["records"][i]["rect"][0].n());
+        EXPECT_EQ(j.n(record + "own"), 2 * i);
+        EXPECT_EQ(j.n(record + format("glyphs.%d.pen", 2 * i)), j.n(record + "rect.0"));
     }
+}
+
+// The --dump text of the layout that `j` describes.
+std::string dumpOf(const Json& j)
+{
+    std::string d = format("text: %d units, %s\n", j.n("units"),
+                           j.at("rtl") == "true" ? "right-to-left" : "left-to-right");
+    d += format("font: size %d, line height %d, ascent %d, descent %d, line spacing %d, letter "
+                "spacing %d, pitch %d\n",
+                j.n("size"), j.n("line_height"), j.n("ascent"), j.n("descent"), j.n("line_spacing"),
+                j.n("letter_spacing"), j.n("pitch"));
+    d += "box: " + j.edges("box") +
+         format(", wrap %s, alignment 0x%02x\n", j.at("wrap") == "true" ? "on" : "off",
+                j.n("alignment"));
+    d += format("size hint: %d %d\nlines: %d\n", j.n("size_hint.0"), j.n("size_hint.1"),
+                j.n("lines.#"));
+    for (int i = 0; i < j.n("lines.#"); ++i)
+        d += format("line %d: ", i) + j.edges(format("lines.%d.rect", i)) + " " +
+             j.at(format("lines.%d.text", i)) + "\n";
+    d += format("records: %d\n", j.n("records.#"));
+    for (int i = 0; i < j.n("records.#"); ++i) {
+        const std::string record = format("records.%d.", i);
+        d += format("record %d: ", i) + j.edges(record + "rect") +
+             format(" baseline %d, %d glyphs from %d:", j.n(record + "baseline"),
+                    j.n(record + "glyphs.#"), j.n(record + "own"));
+        for (int k = 0; k < j.n(record + "glyphs.#"); ++k)
+            d += format(" U+%04X@%d", j.n(record + format("glyphs.%d.unit", k)),
+                        j.n(record + format("glyphs.%d.pen", k)));
+        d += "\n";
+    }
+    return d;
 }
 
 TEST_F(Vytext, LinesDumpAndJsonAgree)
 {
-    // Quotes, backslashes, newlines, a code point beyond the BMP and standard input.
-    const std::string text = "say \"hi\" \\o/\n\xF0\x9F\x98\x80 ok\n\nend";
+    // Quotes, backslashes, newlines, ideographs, a code point beyond the BMP and standard input.
+    const std::string text = "say \"hi\" \\o/\n\xF0\x9F\x98\x80 中文\n\nend";
     const Json j = layout({"--box", "0,0,200,100"}, text);
-    EXPECT_EQ(j["units"].n(), 23);
-    std::string joined;
-    for (const Json& l : j["lines"].items)
-        joined += l["text"].text + "\n";
-    EXPECT_EQ(joined, "say \"hi\" \\o/\n\xF0\x9F\x98\x80 ok\n\nend\n");
-
+    EXPECT_EQ(j.n("units"), 23);
+    EXPECT_EQ(
+        std::make_tuple(j.n("lines.#"), j.at("lines.0.text"), j.at("lines.1.text"),
+                        j.at("lines.2.text"), j.at("lines.3.text")),
+        std::make_tuple(4, R"("say \"hi\" \\o/")", "\"\xF0\x9F\x98\x80 中文\"", "\"\"", "\"end\""));
     for (const char* fontlib : {Unifont, static_cast<const char*>(nullptr)}) {
         const Result lines = run({"-"}, text, fontlib);
         EXPECT_EQ(lines.status, 0) << lines.err;
-        EXPECT_EQ(lines.out, joined);
+        EXPECT_EQ(lines.out, text + "\n");
     }
-
     const Result dump = run({"--font", Unifont, "--box", "0,0,200,100", "--dump", text});
-    ASSERT_EQ(dump.status, 0) << dump.err;
-    std::istringstream rows(dump.out);
-    std::string row;
-    size_t lines = 0, records = 0, fonts = 0;
-    while (std::getline(rows, row)) {
-        int i, x1, y1, x2, y2, baseline, count, own, used = 0;
-        int size, height, ascent, descent, lineSpacing, letterSpacing, pitch;
-        if (sscanf(row.c_str(),
-                   "font: size %d, line height %d, ascent %d, descent %d, line spacing %d, "
-                   "letter spacing %d, pitch %d",
-                   &size, &height, &ascent, &descent, &lineSpacing, &letterSpacing, &pitch) == 7) {
-            EXPECT_EQ((std::vector<int>{size, height, ascent, descent, lineSpacing, letterSpacing,
-                                        pitch}),
-                      (std::vector<int>{j["size"].n(), j["line_height"].n(), j["ascent"].n(),
-                                        j["descent"].n(), j["line_spacing"].n(),
-                                        j["letter_spacing"].n(), j["pitch"].n()}));
-            ++fonts;
-        } else if (sscanf(row.c_str(), "line %d: %d %d %d %d %n", &i, &x1, &y1, &x2, &y2, &used) ==
-                   5) {
-            const Json& l = j["lines"][size_t(i)];
-            EXPECT_EQ(l["rect"].ints(), (std::vector<int>{x1, y1, x2, y2}));
-            EXPECT_EQ(parseJson(row.substr(size_t(used))).text, l["text"].text);
-            ++lines;
-        } else if (sscanf(row.c_str(), "record %d: %d %d %d %d baseline %d, %d glyphs from %d", &i,
-                          &x1, &y1, &x2, &y2, &baseline, &count, &own) == 8) {
-            const Json& r = j["records"][size_t(i)];
-            EXPECT_EQ(r["rect"].ints(), (std::vector<int>{x1, y1, x2, y2}));
-            EXPECT_EQ(r["baseline"].n(), baseline);
-            EXPECT_EQ(r["glyphs"].items.size(), size_t(count));
-            EXPECT_EQ(r["own"].n(), own);
-            ++records;
-        }
-    }
-    EXPECT_EQ(fonts, 1u);
-    EXPECT_EQ(lines, 4u);
-    EXPECT_EQ(records, 4u);
+    EXPECT_EQ(dump.status, 0) << dump.err;
+    EXPECT_EQ(dump.out, dumpOf(j));
 
     const Json empty = layout({}, "");
-    EXPECT_TRUE(empty["lines"].items.empty() && empty["records"].items.empty());
-}
-
-// The unsigned number of `bytes` bytes at `at`, least significant byte first (BMP) or last.
-uint32_t number(const std::string& b, size_t at, int bytes, bool bigEndian = false)
-{
-    uint32_t v = 0;
-    for (int k = 0; k < bytes; ++k)
-        v = v << 8 | static_cast<unsigned char>(b[at + size_t(bigEndian ? k : bytes - 1 - k)]);
-    return v;
-}
-
-// Grey pixels, rows top to bottom.
-struct Picture {
-    int width = 0;
-    int height = 0;
-    std::vector<unsigned char> pixels;
-};
-
-// A PNG file decoded to 8-bit grey; an empty picture when it cannot be read.
-Picture readPng(const std::string& path)
-{
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    Picture p;
-    if (!png_image_begin_read_from_file(&image, path.c_str()))
-        return p;
-    image.format = PNG_FORMAT_GRAY;
-    p.pixels.resize(PNG_IMAGE_SIZE(image));
-    if (png_image_finish_read(&image, nullptr, p.pixels.data(), 0, nullptr)) {
-        p.width = int(image.width);
-        p.height = int(image.height);
-    }
-    return p;
-}
-
-// The 8-bit BMP of a w × h box with its header and grey palette checked; its rows are padded
-// to 4 bytes.
-Picture readBmp(const std::string& b, int w, int h)
-{
-    const int stride = (w + 3) / 4 * 4;
-    if (b.size() != 1078u + size_t(stride * h) || b.substr(0, 2) != "BM") {
-        ADD_FAILURE() << "not an 8-bit BMP of " << stride << " x " << h;
-        return {};
-    }
-    // Offset, width in bytes and value of each header field.
-    const uint32_t header[] = {
-        2,  4, uint32_t(b.size()), 10, 4, 1078, 14, 4, 40, 18, 4, uint32_t(stride),
-        22, 4, uint32_t(h),        26, 2, 1,    28, 2, 8};
-    for (size_t i = 0; i < std::size(header); i += 3)
-        EXPECT_EQ(number(b, header[i], int(header[i + 1])), header[i + 2]) << "byte " << header[i];
-    for (uint32_t i = 0; i < 256; ++i)
-        EXPECT_EQ(number(b, 54 + 4 * i, 4), i | i << 8 | i << 16);
-    Picture p{stride, h, {}};
-    for (int y = h - 1; y >= 0; --y)
-        p.pixels.insert(p.pixels.end(), b.begin() + 1078 + y * stride,
-                        b.begin() + 1078 + (y + 1) * stride);
-    return p;
+    EXPECT_EQ(std::make_pair(empty.n("lines.#"), empty.n("records.#")), std::make_pair(0, 0));
 }
 
 TEST_F(Vytext, ImageIsTheBoxWithTheGlyphsInk)
 {
-    struct Case {
-        const char* file;
-        bool png;
-        int scale;
-        bool invert;
-    };
-    const Case cases[] = {{"blocks.bmp", false, 1, false},
-                          {"blocks.png", true, 1, false},
-                          {"big.PNG", true, 3, true}};
     const int boxX = 3, boxY = 5, w = 30, h = 40;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.file);
-        const std::string path = scratch() + "/" + c.file;
-        std::vector<std::string> args{"--scale", std::to_string(c.scale), "-o", path};
-        args.insert(args.end(),
-                    {"--box", "3,5,30,40", "--align", "left,top", "--letter-spacing", "1"});
-        if (c.invert)
+    for (const auto& [scale, invert] : {std::make_pair(1, false), std::make_pair(3, true)}) {
+        SCOPED_TRACE(scale);
+        const std::string path = scratch(scale == 1 ? "blocks.png" : "big.PNG");
+        std::vector<std::string> args{
+            "--scale",  std::to_string(scale), "-o", path, "--box", "3,5,30,40", "--align",
+            "left,top", "--letter-spacing",    "1"};
+        if (invert)
             args.push_back("--invert");
         // Full and left-half blocks: their coverage fills their bitmaps.
         const Json j = layout(args, "\u2588\u258C\u2588");
-        const std::string b = readFile(path);
-        const Picture pic = c.png ? readPng(path) : readBmp(b, w, h);
-        if (c.png) {
-            EXPECT_EQ(b.substr(0, 16), std::string("\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR", 16));
-            // Width, height, 8 bits a sample, greyscale.
-            EXPECT_EQ(number(b, 16, 4, true), uint32_t(w * c.scale));
-            EXPECT_EQ(number(b, 20, 4, true), uint32_t(h * c.scale));
-            EXPECT_EQ(number(b, 24, 2, true), 0x0800u);
+        EXPECT_EQ(readFile(path).substr(24, 2), std::string("\x08\x00", 2)); // 8-bit grey
+        png_image png{};
+        png.version = PNG_IMAGE_VERSION;
+        ASSERT_TRUE(png_image_begin_read_from_file(&png, path.c_str()));
+        png.format = PNG_FORMAT_GRAY;
+        std::vector<unsigned char> pixels(PNG_IMAGE_SIZE(png));
+        ASSERT_TRUE(png_image_finish_read(&png, nullptr, pixels.data(), 0, nullptr));
+        ASSERT_EQ(std::make_pair(int(png.width), int(png.height)),
+                  std::make_pair(w * scale, h * scale));
+        // Left, top, right and bottom of each glyph's ink in the box.
+        std::vector<std::vector<int>> inked;
+        for (int k = 0; k < j.n("records.0.glyphs.#"); ++k) {
+            const std::string g = format("records.0.glyphs.%d.", k);
+            const int x = j.n(g + "pen") + j.n(g + "left") - boxX;
+            const int y = j.n("records.0.baseline") - j.n(g + "top") - boxY;
+            inked.push_back({x, y, x + j.n(g + "width"), y + j.n(g + "rows")});
         }
-        ASSERT_EQ(pic.height, h * c.scale);
-        ASSERT_EQ(pic.width, (c.png ? w : (w + 3) / 4 * 4) * c.scale);
-        const Json& r = j["records"][0];
-        for (int y = 0; y < pic.height; ++y)
-            for (int x = 0; x < pic.width; ++x) {
-                const int bx = x / c.scale, by = y / c.scale;
-                bool ink = false;
-                for (const Json& g : r["glyphs"].items) {
-                    const int gx = g["pen"].n() + g["left"].n() - boxX;
-                    const int gy = r["baseline"].n() - g["top"].n() - boxY;
-                    ink |=
-                        bx >= gx && bx < gx + g["width"].n() && by >= gy && by < gy + g["rows"].n();
-                }
-                // Columns past the box are the BMP writer's row padding.
-                const int want = bx >= w ? 0 : ink != c.invert ? 0 : 255;
-                ASSERT_EQ(pic.pixels[size_t(y * pic.width + x)], want) << "pixel " << x << "," << y;
+        for (int y = 0; y < h * scale; ++y)
+            for (int x = 0; x < w * scale; ++x) {
+                const int bx = x / scale, by = y / scale;
+                const bool ink = std::any_of(inked.begin(), inked.end(), [&](const auto& e) {
+                    return bx >= e[0] && bx < e[2] && by >= e[1] && by < e[3];
+                });
+                ASSERT_EQ(pixels[size_t(y * w * scale + x)], ink != invert ? 0 : 255)
+                    << "pixel " << x << "," << y;
             }
     }
 
-    // Glyphs far outside a small box are clipped away.
-    const std::string small = scratch() + "/small.bmp";
+    // Glyphs far outside a small box are clipped away; a BMP's rows are padded to 4 bytes.
+    const std::string small = scratch("small.bmp");
     const Result clipped = run({"--font", Unifont, "--size", "200", "--box", "-5,-5,5,3", "--align",
                                 "right", "-o", small, "\u2588\u2588\u2588"});
     EXPECT_EQ(clipped.status, 0) << clipped.err;
@@ -518,65 +350,63 @@ TEST_F(Vytext, DocsSpecimenIsWhatTheToolDraws)
     for (std::string a; std::getline(list, a);)
         args.push_back(a);
     ASSERT_FALSE(args.empty()) << "no arguments in " << docs << "/specimen.args";
-    const std::string png = scratch() + "/specimen.png";
+    const std::string png = scratch("specimen.png");
     args.insert(args.end(), {"-o", png});
     const Result r = run(args);
     ASSERT_EQ(r.status, 0) << r.err;
-    const std::string drawn = readFile(png), committed = readFile(docs + "/specimen.png");
-    EXPECT_GT(drawn.size(), 8u);
-    EXPECT_TRUE(drawn == committed) << "run ./scripts/demo to draw docs/specimen.png again";
+    EXPECT_TRUE(readFile(png) == readFile(docs + "/specimen.png"))
+        << "run ./scripts/demo to draw docs/specimen.png again";
 }
 
 TEST_F(Vytext, ErrorsAreOneLineAndAFailure)
 {
-    const std::string garbage = scratch() + "/garbage.otf";
-    writeFile(garbage, "not a font at all");
-    struct Case {
-        std::vector<std::string> args;
-        std::string input;
-        std::string says;
+    const std::string garbage = scratch("garbage.otf");
+    std::ofstream(garbage) << "not a font at all";
+    // Arguments, and what the message names.
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
+        {{"--bogus", "x"}, "--bogus"},
+        {{"--size", "256", "x"}, "--size"},
+        {{"--size", "99999999999999999999", "x"}, "--size"},
+        {{"--letter-spacing", "1e3", "x"}, "--letter-spacing"},
+        {{"--box", "1,2,3", "x"}, "--box"},
+        {{"--box", "0,0,0,10", "x"}, "--box"},
+        {{"--box", "2147483647,0,10,10", "x"}, "--box"},
+        {{"--box", "0,0,10,10,", "x"}, "--box"},
+        {{"--align", "middle", "x"}, "--align"},
+        {{"--align", "0x80", "x"}, "--align"},
+        {{"-o", "x.bmp", "x"}, "--box"},
+        {{"--box", "0,0,9000,10", "-o", "x.bmp", "x"}, "8192"},
+        {{}, "TEXT"},
+        {{"a", "b"}, "TEXT"},
+        {{"--font", "/nonexistent/font.otf", "x"}, "/nonexistent/font.otf"},
+        {{"--font", testing::TempDir(), "x"}, testing::TempDir()},
+        {{"--font", garbage, "x"}, garbage},
+        {{std::string(70000, 'a')}, "too long"},
+        {{"--box", "0,0,8,8", "-o", "/nonexistent/dir/x.bmp", "x"}, "/nonexistent/dir/x.bmp"},
+        {{"--box", "0,0,8,8", "-o", "/nonexistent/dir/x.png", "x"}, "/nonexistent/dir/x.png"},
+        {{"--box", "0,0,8,8", "-o", "x.gif", "x"}, ".png"},
+        {{"--box", "0,0,8,8", "--scale", "17", "-o", "x.png", "x"}, "--scale"},
+        {{"--box", "0,0,1000,8", "--scale", "9", "-o", "x.png", "x"}, "8192"},
+        {{"--invert", "x"}, "-o FILE"},
     };
-    const Case cases[] = {
-        {{"--bogus", "x"}, "", "--bogus"},
-        {{"--size", "256", "x"}, "", "--size"},
-        {{"--size", "99999999999999999999", "x"}, "", "--size"},
-        {{"--letter-spacing", "1e3", "x"}, "", "--letter-spacing"},
-        {{"--box", "1,2,3", "x"}, "", "--box"},
-        {{"--box", "0,0,0,10", "x"}, "", "--box"},
-        {{"--box", "2147483647,0,10,10", "x"}, "", "--box"},
-        {{"--box", "0,0,10,10,", "x"}, "", "--box"},
-        {{"--align", "middle", "x"}, "", "--align"},
-        {{"--align", "0x80", "x"}, "", "--align"},
-        {{"-o", "x.bmp", "x"}, "", "--box"},
-        {{"--box", "0,0,9000,10", "-o", "x.bmp", "x"}, "", "8192"},
-        {{}, "", "TEXT"},
-        {{"a", "b"}, "", "TEXT"},
-        {{"--font", "/nonexistent/font.otf", "x"}, "", "/nonexistent/font.otf"},
-        {{"--font", scratch(), "x"}, "", scratch()},
-        {{"--font", garbage, "x"}, "", garbage},
-        {{"-"}, std::string(300000, 'a'), "too long"},
-        {{"--box", "0,0,8,8", "-o", "/nonexistent/dir/x.bmp", "x"}, "", "/nonexistent/dir/x.bmp"},
-        {{"--box", "0,0,8,8", "-o", "/nonexistent/dir/x.png", "x"}, "", "/nonexistent/dir/x.png"},
-        {{"--box", "0,0,8,8", "-o", "x.gif", "x"}, "", ".png"},
-        {{"--box", "0,0,8,8", "--scale", "17", "-o", "x.png", "x"}, "", "--scale"},
-        {{"--box", "0,0,1000,8", "--scale", "9", "-o", "x.png", "x"}, "", "8192"},
-        {{"--invert", "x"}, "", "-o FILE"},
-    };
-    std::vector<Case> all(std::begin(cases), std::end(cases));
+    std::vector<std::pair<std::vector<std::string>, std::string>> all(std::begin(cases),
+                                                                      std::end(cases));
     // Stray, overlong, surrogate, out-of-range and cut-off sequences.
     for (const char* bad : {"ab\xFF", "\x80", "a\xC0\xAF", "\xE0\x80\xAF", "\xED\xA0\x80",
                             "\xF4\x90\x80\x80", "\xE4\xB8"})
-        all.push_back({{"-"}, bad, "UTF-8"});
-    for (const Case& c : all) {
+        all.push_back({{bad}, "UTF-8"});
+    for (const auto& [given, says] : all) {
         // A later --font replaces this one.
-        std::vector<std::string> args = c.args;
+        std::vector<std::string> args = given;
         args.insert(args.begin(), {"--font", Unifont});
-        const Result r = run(args, c.input);
-        SCOPED_TRACE(c.says + ": " + r.err);
-        EXPECT_TRUE(r.status > 0 && r.status < 128 && r.out.empty());
+        const Result r = run(args);
+        SCOPED_TRACE(says + ": " + r.err);
+        EXPECT_GE(r.status, 1);
+        EXPECT_LE(r.status, 2);
+        EXPECT_EQ(r.out, "");
         EXPECT_EQ(r.err.rfind("vytext: ", 0), 0u);
         EXPECT_EQ(r.err.find('\n'), r.err.size() - 1);
-        EXPECT_NE(r.err.find(c.says), std::string::npos);
+        EXPECT_NE(r.err.find(says), std::string::npos);
     }
 
     const Result env = run({"x"}, "", "/nonexistent/env.otf");
