@@ -697,8 +697,8 @@ const vybench::RatioPair kPairs[] = {
     // 5 ns for Hebrew.
     {"shaping_arabic_vs_copy_reverse", "shaping/arabic/vy", "shaping/arabic/copy_reverse", 150.0},
     {"shaping_hebrew_vs_copy_reverse", "shaping/hebrew/vy", "shaping/hebrew/copy_reverse", 20.0},
-    // The engine also copies the text, scans it for right-to-left letters, takes and drops the
-    // cache's read lock for every glyph, holds a reference per glyph and gives them back.
+    // The engine also copies the text, scans it for right-to-left letters, takes the cache's
+    // read lock for the run, holds a reference per glyph and gives them back.
     {"resolve_vs_map_lookup", "engine/resolve/vy", "engine/resolve/map_lookup", 3.0},
     // Division also builds per line a string, a glyph vector, a rectangle and a record (five
     // heap blocks by the containers' design) and looks word widths up at every word start;
