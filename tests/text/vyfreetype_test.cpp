@@ -68,10 +68,17 @@ protected:
     std::deque<GlyphBitmap> glyphs;
 };
 
+// A file name of this process's own in the temporary folder: ctest runs tests side by side,
+// each in a process of its own, and each test removes the files it wrote.
+std::string tempPath(const std::string& name)
+{
+    return ::testing::TempDir() + std::to_string(getpid()) + "_" + name;
+}
+
 // A bitmap-only face in BDF: one 8 x 16 glyph at 16 pixels.
 std::string writeBitmapFont()
 {
-    const std::string path = ::testing::TempDir() + "vy_bitmap_face.bdf";
+    const std::string path = tempPath("vy_bitmap_face.bdf");
     std::string rows;
     for (int row = 0; row < 16; ++row)
         rows += row == 0 || row == 15 ? "FF\n" : "81\n";
@@ -102,7 +109,7 @@ std::string writeBrokenOutlineFont()
             font.replace(word(record + 8, 4), word(record + 12, 4),
                          std::string(word(record + 12, 4), '\xFF'));
     }
-    const std::string path = ::testing::TempDir() + "vy_broken_outlines.ttf";
+    const std::string path = tempPath("vy_broken_outlines.ttf");
     std::ofstream(path, std::ios::binary) << font;
     return path;
 }
