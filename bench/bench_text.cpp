@@ -12,9 +12,8 @@
 // during the timed loop (a reload, not a hit).
 // Miss: rendering and inserting each of 52 letters at 32 sizes (the cache is emptied between
 // rounds, untimed) beside FreeType's load + render + copy of the same glyphs with the same
-// settings (pixel size set per glyph, forced auto-hinting, no transform), and beside the same
-// plus the rasteriser's extra steps (a glyph copy rendered a second time), which shows the
-// cache's own share of a miss.
+// settings (pixel size set per glyph, forced auto-hinting, no transform): the rasteriser's own
+// steps, so the ratio shows the cache's share of a miss.
 // Two threads: the hit and the map lookup from two threads at once, in real time per hit;
 // first a plain arithmetic loop shows whether two threads really run in parallel here (it
 // should take half the real time per step), and the scaling is printed only when they do.
@@ -283,9 +282,7 @@ void BM_MapHit(benchmark::State& state)
 
 // --- glyphs: raw FreeType rendering --------------------------------------------------------------
 
-// `sameSteps` adds what the library's rasteriser does beyond the plain path: a copy of the
-// loaded glyph (FT_Get_Glyph) that is rendered again (FT_Glyph_To_Bitmap) and copied from.
-void freetypeRender(benchmark::State& state, bool sameSteps)
+void BM_FreetypeRender(benchmark::State& state)
 {
     FT_Library library;
     FT_Face face;
@@ -302,20 +299,12 @@ void freetypeRender(benchmark::State& state, bool sameSteps)
         FT_Load_Glyph(face,
                       FT_Get_Char_Index(face, static_cast<unsigned char>(kMissLetters[letter])),
                       FT_LOAD_FORCE_AUTOHINT);
-        FT_Glyph glyph = nullptr;
-        if (sameSteps)
-            FT_Get_Glyph(face->glyph, &glyph);
         FT_Render_Glyph(face->glyph, FT_RENDER_MODE_NORMAL);
-        if (sameSteps)
-            FT_Glyph_To_Bitmap(&glyph, FT_RENDER_MODE_NORMAL, nullptr, 1);
-        const FT_Bitmap& b =
-            sameSteps ? reinterpret_cast<FT_BitmapGlyph>(glyph)->bitmap : face->glyph->bitmap;
+        const FT_Bitmap& b = face->glyph->bitmap;
         const size_t bytes = size_t(b.rows) * size_t(b.pitch);
         unsigned char* copy = static_cast<unsigned char*>(malloc(bytes));
         memcpy(copy, b.buffer, bytes);
         kept.push_back(copy);
-        if (glyph)
-            FT_Done_Glyph(glyph);
         if (++letter == kMissLetterCount) {
             letter = 0;
             if (++size == kMissSizes) {
@@ -333,16 +322,6 @@ void freetypeRender(benchmark::State& state, bool sameSteps)
     FT_Done_Face(face);
     FT_Done_FreeType(library);
     state.SetItemsProcessed(state.iterations());
-}
-
-void BM_FreetypeRender(benchmark::State& state)
-{
-    freetypeRender(state, false);
-}
-
-void BM_FreetypeRenderSameSteps(benchmark::State& state)
-{
-    freetypeRender(state, true);
 }
 
 // --- glyphs: parallelism check -------------------------------------------------------------------
@@ -679,7 +658,6 @@ void registerBenchmarks()
     RegisterBenchmark("glyphs/hit/map", BM_MapHit)->Setup(glyphs);
     RegisterBenchmark("glyphs/miss/vy", BM_VyMiss)->Setup(glyphs);
     RegisterBenchmark("glyphs/miss/freetype", BM_FreetypeRender);
-    RegisterBenchmark("glyphs/miss/freetype_same_steps", BM_FreetypeRenderSameSteps);
     // Real time per step: two threads in parallel halve it.
     RegisterBenchmark("glyphs/parallel/arithmetic_1", BM_Arithmetic)->UseRealTime();
     RegisterBenchmark("glyphs/parallel/arithmetic_2", BM_Arithmetic)->Threads(2)->UseRealTime();
@@ -713,15 +691,14 @@ const vybench::RatioPair kPairs[] = {
     {"glyph_hit_vs_ftc", "glyphs/hit/vy", "glyphs/hit/ftc", 1.0},
     {"glyph_hit_vs_map", "glyphs/hit/vy", "glyphs/hit/map", 1.5},
     {"glyph_miss_vs_freetype", "glyphs/miss/vy", "glyphs/miss/freetype", 1.1},
-    {"glyph_miss_vs_freetype_same_steps", "glyphs/miss/vy", "glyphs/miss/freetype_same_steps", 1.1},
     // The floor is a vectorised copy at memory speed; shaping classifies every unit and searches
     // both join sets for every letter, reordering tests every unit at least twice. The bounds say
     // how far above the floor that work may lie on these machines: about 30 ns a unit for Arabic,
     // 5 ns for Hebrew.
     {"shaping_arabic_vs_copy_reverse", "shaping/arabic/vy", "shaping/arabic/copy_reverse", 150.0},
     {"shaping_hebrew_vs_copy_reverse", "shaping/hebrew/vy", "shaping/hebrew/copy_reverse", 20.0},
-    // The engine also copies the text, scans it for right-to-left letters, takes and drops the
-    // cache's read lock for every glyph, holds a reference per glyph and gives them back.
+    // The engine also copies the text, scans it for right-to-left letters, takes the cache's
+    // read lock for the run, holds a reference per glyph and gives them back.
     {"resolve_vs_map_lookup", "engine/resolve/vy", "engine/resolve/map_lookup", 3.0},
     // Division also builds per line a string, a glyph vector, a rectangle and a record (five
     // heap blocks by the containers' design) and looks word widths up at every word start;

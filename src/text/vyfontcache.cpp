@@ -1,6 +1,8 @@
 // The singleton font cache: font file, purging, and glyph lookup under the library's lock.
 #include "vyfontcache.h"
 
+#include "vyfontcacheprivate.h"
+
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -12,6 +14,33 @@ namespace
 {
 // Serialises only the creation of the singleton.
 pthread_mutex_t creation = PTHREAD_MUTEX_INITIALIZER;
+
+// The rest of a lookup that found no record with pixels under the read lock, which the caller
+// has released: `record` is null when the key was absent, else the record whose pixels were
+// purged. Renders under the write lock and returns the record, held.
+GlyphBitmap* renderMissing(VyFontCache* cache, GlyphBitmap* record, unsigned short code,
+                           const VyFont& font)
+{
+    // No upgrade in place: another writer may run between the two locks, so the record's
+    // state is tested again under the write lock.
+    pthread_rwlock_wrlock(&VyFontCache::rwlock);
+    if (record) {
+        // Purged earlier: fresh pixels go into the same record.
+        if (!record->buffer) {
+            VyFontCache::m_pFtEngine->setTextFont(font);
+            cache->addfontMetrics(VyFontCache::m_pFtEngine->resloveUnicode(code));
+        }
+    } else {
+        // Kept: no second lookup here. Two threads that miss the same glyph together both
+        // render it and the map keeps the second record; the first stays valid in its block
+        // with its holders, which is all a holder needs.
+        VyFontCache::m_pFtEngine->setTextFont(font);
+        record = cache->addFontInfo(VyFontCache::m_pFtEngine->resloveUnicode(code));
+    }
+    vyGlyphHold(record);
+    pthread_rwlock_unlock(&VyFontCache::rwlock);
+    return record;
+}
 } // namespace
 
 VyFontCache* VyFontCache::instance()
@@ -84,24 +113,28 @@ GlyphBitmap* VyFontCache::glyph(unsigned short code, const VyFont& font)
         pthread_rwlock_unlock(&rwlock);
         return record;
     }
-    // No upgrade in place: another writer may run between the two locks, so the record's
-    // state is tested again under the write lock.
     pthread_rwlock_unlock(&rwlock);
-    pthread_rwlock_wrlock(&rwlock);
-    if (record) {
-        // Purged earlier: fresh pixels go into the same record.
-        if (!record->buffer) {
-            m_pFtEngine->setTextFont(font);
-            cache->addfontMetrics(m_pFtEngine->resloveUnicode(code));
+    return renderMissing(cache, record, code, font);
+}
+
+void vyGlyphRun(const unsigned short* units, int n, const VyFont& font, const GlyphBitmap** out)
+{
+    VyFontCache* cache = VyFontCache::instance();
+    int i = 0;
+    while (i < n) {
+        GlyphBitmap* record = nullptr;
+        pthread_rwlock_rdlock(&VyFontCache::rwlock);
+        for (; i < n; ++i) {
+            record = cache->fontTable(units[i], font);
+            if (!record || !record->buffer)
+                break;
+            vyGlyphHold(record);
+            out[i] = record;
         }
-    } else {
-        // Kept: no second lookup here. Two threads that miss the same glyph together both
-        // render it and the map keeps the second record; the first stays valid in its block
-        // with its holders, which is all a holder needs.
-        m_pFtEngine->setTextFont(font);
-        record = cache->addFontInfo(m_pFtEngine->resloveUnicode(code));
+        pthread_rwlock_unlock(&VyFontCache::rwlock);
+        if (i < n) {
+            out[i] = renderMissing(cache, record, units[i], font);
+            ++i;
+        }
     }
-    vyGlyphHold(record);
-    pthread_rwlock_unlock(&rwlock);
-    return record;
 }

@@ -1,5 +1,6 @@
 #include "vyfontengine.h"
 
+#include "vyfontcacheprivate.h"
 #include "vyshaping.h"
 
 VyFontEngine::VyFontEngine() : rtl(false), length(0), height(0), cache(VyFontCache::instance())
@@ -45,22 +46,25 @@ void VyFontEngine::fillGlypBitMapInfo(const VyFont& font)
     height = 0;
     if (length < 1)
         return;
+    // `glyphs` is not emptied: a second call appends behind the first glyphs. The units are
+    // taken from the start of the whole text, `length` of them, and fetched as one run. Asserts
+    // "i < size()" when `length` exceeds the text.
+    text.at(length - 1);
+    const int first = glyphs.size();
+    glyphs.resize(first + length);
+    const GlyphBitmap** g = glyphs.data() + first;
+    vyGlyphRun(text.unicode(), length, font, g);
     int top = 0;
     int descent = 0;
-    // `glyphs` is not emptied: a second call appends behind the first glyphs. The units are
-    // taken from the start of the whole text, `length` of them.
     for (int i = 0; i < length; ++i) {
-        const GlyphBitmap* g = VyFontCache::glyph(text.at(i), font);
-        glyphs.append(g);
-        if (g->descent > descent)
-            descent = g->descent;
-        if (g->top > top)
-            top = g->top;
-        if (descent + top > height)
-            height = descent + top;
+        if (g[i]->descent > descent)
+            descent = g[i]->descent;
+        if (g[i]->top > top)
+            top = g[i]->top;
     }
-    // 36 percent of leading on top of the glyphs' extent, truncated toward zero.
-    height = int(double(height) + double(height) * 0.36);
+    // The tallest top plus the deepest descent, with 36 percent of leading on top, truncated
+    // toward zero.
+    height = int(double(descent + top) + double(descent + top) * 0.36);
 }
 
 namespace

@@ -4,7 +4,6 @@
 
 #include <ft2build.h>
 #include FT_FREETYPE_H
-#include FT_GLYPH_H
 #include FT_OUTLINE_H
 
 #include <stdio.h>
@@ -95,21 +94,20 @@ GlyphBitmap VyFreetype::resloveUnicode(unsigned short code)
     if (embolden && slot->format == FT_GLYPH_FORMAT_OUTLINE)
         FT_Outline_Embolden(&slot->outline, 64);
 
-    FT_Glyph glyph = nullptr;
-    if (FT_Get_Glyph(slot, &glyph))
+    // The slot is rendered in place, once: the bitmap, left, top and advance all come from that
+    // one rasterisation. A load leaves an outline or a bitmap in the slot, normally even when it
+    // fails; a slot of any other format is one FreeType cannot copy into a glyph, which is
+    // reported as that failed copy, and it renders to no pixels.
+    const bool copyable =
+        slot->format == FT_GLYPH_FORMAT_OUTLINE || slot->format == FT_GLYPH_FORMAT_BITMAP;
+    if (!copyable)
         puts("FT_Get_Glyph error!");
-    // Rendering the slot places the bitmap: left and top are read from the slot.
     if (slot->format != FT_GLYPH_FORMAT_BITMAP && FT_Render_Glyph(slot, FT_RENDER_MODE_NORMAL))
         puts("FT_Render_Glyph error!");
-    // Without a glyph copy (FT_Get_Glyph failed) the conversion fails too and the glyph stays
-    // empty.
-    FT_Glyph_To_Bitmap(&glyph, FT_RENDER_MODE_NORMAL, nullptr, 1);
 
     FT_Bitmap empty;
     memset(&empty, 0, sizeof empty);
-    const FT_Bitmap& bitmap = glyph && glyph->format == FT_GLYPH_FORMAT_BITMAP
-                                  ? reinterpret_cast<FT_BitmapGlyph>(glyph)->bitmap
-                                  : empty;
+    const FT_Bitmap& bitmap = slot->format == FT_GLYPH_FORMAT_BITMAP ? slot->bitmap : empty;
     result.width = static_cast<unsigned short>(bitmap.width);
     result.rows = static_cast<unsigned short>(bitmap.rows);
     result.pitch = static_cast<unsigned short>(bitmap.pitch);
@@ -128,7 +126,5 @@ GlyphBitmap VyFreetype::resloveUnicode(unsigned short code)
     }
     if (bytes)
         memcpy(result.buffer, bitmap.buffer, bytes);
-    if (glyph)
-        FT_Done_Glyph(glyph);
     return result;
 }

@@ -1,7 +1,8 @@
 // Font cache: shared records and their holders, purging and re-rendering into the same
-// record, the limit, switching and closing font files, the singleton, the exit, and a
-// concurrency stress test (its suite name, VyFontCacheConcurrency, is what the
-// ThreadSanitizer stage of scripts/test selects).
+// record, the limit, runs fetched at once against glyph by glyph, switching and closing font
+// files, the singleton, the exits, and a concurrency stress test (its suite name,
+// VyFontCacheConcurrency, is what the ThreadSanitizer stage of scripts/test selects).
+#include "../../src/text/vyfontcacheprivate.h"
 #include "layoutfixture.h"
 
 #include <algorithm>
@@ -24,6 +25,17 @@ auto fetched(const GlyphBitmap* g)
 {
     return std::make_tuple(g->unicode, int(g->font.fontSize), VyFonteUnitCache::fontFlag(g->font),
                            g->width, g->left, g->top, g->advance, pixels(g));
+}
+
+// The number of a record in the store, counting through the blocks in order; -1 if absent.
+int slotOf(const VyFontCache* cache, const GlyphBitmap* g)
+{
+    int slot = 0;
+    for (const VyFonteUnitCache::BlockUnit& block : *cache->blockMM)
+        for (int i = 0; i < block.count; ++i, ++slot)
+            if (&block.records[i] == g)
+                return slot;
+    return -1;
 }
 
 } // namespace
@@ -61,6 +73,61 @@ TEST_F(VyFontCacheTest, SharedRecordsPurgedAndReRenderedInPlace)
         EXPECT_EQ(held->buffer == nullptr, limit >= 0 && limit <= used) << limit;
     }
     EXPECT_EQ(cache->usedBytes, 0);
+}
+
+// The same random steps twice, fetching each text glyph by glyph and then as one run: texts
+// with misses and with units the font lacks, in three sizes and four styles, some of them
+// held for a while, purges under a small limit and forced ones. Each step fetches the same
+// records (by their place in the store) with the same pixels, and leaves every record with the
+// same holds, pixels present or not, and mapping.
+TEST_F(VyFontCacheTest, RunsMatchGlyphByGlyph)
+{
+    const std::u16string alphabet = u"abcdefghijklm .,\u00E9\u0416\u05D0\u4E00";
+    VyFontCache* cache = VyFontCache::instance();
+    std::vector<std::string> steps[2];
+    for (int run = 0; run < 2; ++run) {
+        cache->setFontFile(VyString(DEJAVU_SANS));
+        cache->limit = 3000;
+        std::mt19937 rng(16);
+        std::vector<std::vector<const GlyphBitmap*>> held;
+        for (int step = 0; step < 200; ++step) {
+            std::vector<unsigned short> units(rng() % 24);
+            for (unsigned short& u : units)
+                u = alphabet[rng() % alphabet.size()];
+            const int style = int(rng() % 4);
+            const VyFont font(10 + rng() % 3, style & 2, style & 1, false, false);
+            std::vector<const GlyphBitmap*> got(units.size());
+            if (run)
+                vyGlyphRun(units.data(), int(units.size()), font, got.data());
+            else
+                for (size_t i = 0; i < units.size(); ++i)
+                    got[i] = VyFontCache::glyph(units[i], font);
+            std::string state;
+            for (const GlyphBitmap* g : got)
+                state += std::to_string(slotOf(cache, g)) + ":" + pixels(g) + " ";
+            held.push_back(got);
+            if (rng() % 2) {
+                const size_t victim = rng() % held.size();
+                for (const GlyphBitmap* g : held[victim])
+                    vyGlyphRelease(g);
+                held.erase(held.begin() + long(victim));
+            }
+            if (rng() % 3 == 0)
+                cache->cleanCache(rng() % 4 == 0);
+            for (const VyFonteUnitCache::BlockUnit& block : *cache->blockMM)
+                for (int i = 0; i < block.count; ++i) {
+                    const GlyphBitmap& r = block.records[i];
+                    state += std::to_string(r.refCount) + (r.buffer ? "p" : "-") +
+                             (cache->fontTable(r.unicode, VyFont(r.font)) == &r ? "m " : "  ");
+                }
+            steps[run].push_back(state + std::to_string(cache->usedBytes));
+        }
+        for (const std::vector<const GlyphBitmap*>& glyphs : held)
+            for (const GlyphBitmap* g : glyphs)
+                vyGlyphRelease(g);
+    }
+    for (size_t step = 0; step < steps[0].size(); ++step)
+        ASSERT_EQ(steps[0][step], steps[1][step]) << "step " << step;
 }
 
 TEST_F(VyFontCacheTest, SetFontFileAndCloseFontFileDropEveryGlyph)
@@ -153,6 +220,7 @@ TEST(VyFontCacheConcurrency, SimultaneousMissesRenderTwice_Kept)
 
 // Fetchers hold batches of glyphs (hits, misses, several sizes and styles) and check each
 // against their first fetch of the same key, while a purger drops every unheld glyph's pixels.
+// Two fetchers ask glyph by glyph, two fetch each batch as one run in one font.
 TEST(VyFontCacheConcurrency, FetchAndReleaseWhilePurging)
 {
     VyFontCache* cache = VyFontCache::instance();
@@ -169,17 +237,28 @@ TEST(VyFontCacheConcurrency, FetchAndReleaseWhilePurging)
             std::map<int, decltype(fetched(nullptr))> first;
             std::vector<const GlyphBitmap*> held;
             for (int round = 0; !stop.load(std::memory_order_relaxed); ++round) {
+                // Threads 2 and 3 fetch the batch as one run, in the first unit's font.
+                const bool run = t >= 2;
+                unsigned short batch[8];
+                int size[8], style[8];
+                const GlyphBitmap* got[8];
                 for (int i = 0; i < 8; ++i) {
-                    const int size = sizes[rng() % 3], style = int(rng() % 4);
-                    const VyFont font(size, style & 2, style & 1, rng() % 2, rng() % 2);
-                    // One in sixteen is a unit no other fetch asks for: a miss.
-                    const char16_t u = i == 0 && round % 2
-                                           ? char16_t(0x3000 + (t * 4099 + round) % 0x400)
-                                           : units[rng() % units.size()];
-                    const GlyphBitmap* g = VyFontCache::glyph(u, font);
+                    size[i] = run && i ? size[0] : sizes[rng() % 3];
+                    style[i] = run && i ? style[0] : int(rng() % 4);
+                    // One in eight is a unit no other fetch asks for: a miss.
+                    batch[i] = i == 3 && round % 2 ? char16_t(0x3000 + (t * 4099 + round) % 0x400)
+                                                   : units[rng() % units.size()];
+                    const VyFont font(size[i], style[i] & 2, style[i] & 1, rng() % 2, rng() % 2);
+                    if (!run)
+                        got[i] = VyFontCache::glyph(batch[i], font);
+                    else if (i == 7)
+                        vyGlyphRun(batch, 8, font, got);
+                }
+                for (int i = 0; i < 8; ++i) {
+                    const GlyphBitmap* g = got[i];
                     held.push_back(g);
-                    const auto seen =
-                        first.emplace(VyFonteUnitCache::glyphKey(u, size, style), fetched(g));
+                    const auto seen = first.emplace(
+                        VyFonteUnitCache::glyphKey(batch[i], size[i], style[i]), fetched(g));
                     EXPECT_EQ(fetched(g), seen.first->second);
                 }
                 std::this_thread::yield();
