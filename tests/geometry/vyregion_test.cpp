@@ -1,5 +1,7 @@
 #include "vyregion.h"
 
+#include "regionmodel.h"
+
 #include <gtest/gtest.h>
 
 #include <ostream>
@@ -32,35 +34,13 @@ Pixels paint(Pixels m, const VyRect& r, bool value = true)
     return m;
 }
 
-// The one banded form of a pixel set: per row its maximal runs, equal consecutive rows merged.
 std::vector<VyRect> canonical(const Pixels& m)
 {
-    std::vector<VyRect> out;
-    size_t bandStart = 0;
-    for (int y = 0; y < G; ++y) {
-        std::vector<VyRect> row;
-        for (int x = 0; x < G; ++x) {
-            if (!at(m, x, y))
-                continue;
-            int e = x;
-            while (at(m, e + 1, y))
-                ++e;
-            row.push_back(VyRect(x, y, e, y));
-            x = e;
-        }
-        bool same = bandStart < out.size() && out.size() - bandStart == row.size() &&
-                    out.back().y2 == y - 1;
-        for (size_t k = 0; same && k < row.size(); ++k)
-            same = out[bandStart + k].x1 == row[k].x1 && out[bandStart + k].x2 == row[k].x2;
-        if (same) {
-            for (size_t k = bandStart; k < out.size(); ++k)
-                out[k].y2 = y;
-        } else if (!row.empty()) {
-            bandStart = out.size();
-            out.insert(out.end(), row.begin(), row.end());
-        }
-    }
-    return out;
+    std::vector<uint64_t> rows(G);
+    for (int y = 0; y < G; ++y)
+        for (int x = 0; x < G; ++x)
+            rows[size_t(y)] |= uint64_t(at(m, x, y)) << x;
+    return canonicalRects(rows, 0, 0);
 }
 
 VyRegion fromPixels(const Pixels& m)
@@ -69,15 +49,6 @@ VyRegion fromPixels(const Pixels& m)
     VyRegion region;
     region.setRects(r.data(), int(r.size()));
     return region;
-}
-
-// The rectangles as stored, read without rects() (which converts a one-rectangle region).
-std::vector<VyRect> stored(const VyRegion& r)
-{
-    if (!r.d->rgn)
-        return {};
-    const VyRect* p = r.d->rgn->rectData();
-    return std::vector<VyRect>(p, p + r.d->rgn->numRects);
 }
 
 // Pixels of `m` inside `r`.
@@ -110,23 +81,14 @@ Pixels randomPixels(std::mt19937& rng)
 void expectRegion(const VyRegion& r, const Pixels& m)
 {
     const std::vector<VyRect> want = canonical(m);
-    ASSERT_EQ(stored(r), want);
+    ASSERT_EQ(storedRects(r), want);
     EXPECT_EQ(r.rectCount(), int(want.size()));
     EXPECT_EQ(r.isEmpty(), want.empty());
-    VyRect box, largest;
-    long long area = -1;
-    for (const VyRect& w : want) {
-        box = box | w;
-        const long long a = (long long)w.width() * w.height();
-        if (a > area) {
-            area = a;
-            largest = w;
-        }
-    }
-    EXPECT_EQ(r.boundingRect(), box);
+    const RegionCache cache = regionCacheOf(want);
+    EXPECT_EQ(r.boundingRect(), cache.box);
     if (!want.empty()) {
-        EXPECT_EQ(r.d->rgn->innerRect, largest);
-        EXPECT_EQ(r.d->rgn->innerArea, int(area));
+        EXPECT_EQ(r.d->rgn->innerRect, cache.largest);
+        EXPECT_EQ(r.d->rgn->innerArea, int(cache.area));
         EXPECT_EQ(r.d->rgn->vectorize, want.size() > 1 ? 1 : 0);
     }
     for (int y = -1; y <= G; ++y)
@@ -167,7 +129,7 @@ TEST(VyRegionTest, SharingTranslateAndCopy)
     EXPECT_EQ(b.d, a.d);
     b.translate(5, -2);
     expectRegion(a, paint(paint(Pixels(G * G, false), VyRect(0, 0, 2, 2)), VyRect(5, 0, 7, 2)));
-    EXPECT_EQ(stored(b), (std::vector<VyRect>{VyRect(5, -2, 7, 0), VyRect(10, -2, 12, 0)}));
+    EXPECT_EQ(storedRects(b), (std::vector<VyRect>{VyRect(5, -2, 7, 0), VyRect(10, -2, 12, 0)}));
     EXPECT_EQ(b.d->rgn->innerRect, VyRect(5, -2, 7, 0));
     EXPECT_EQ(b.boundingRect(), VyRect(5, -2, 12, 0));
     EXPECT_TRUE(a.translated(5, -2) == b);
@@ -176,7 +138,7 @@ TEST(VyRegionTest, SharingTranslateAndCopy)
     EXPECT_NE(c.d, a.d);
     EXPECT_TRUE(c.d->rgn->rects.isSharedWith(a.d->rgn->rects));
     c.translate(1, 1);
-    EXPECT_EQ(stored(a).front(), VyRect(0, 0, 2, 2));
+    EXPECT_EQ(storedRects(a).front(), VyRect(0, 0, 2, 2));
 }
 
 TEST(VyRegionTest, SetRectsTakesRectanglesAsGiven)
@@ -186,14 +148,14 @@ TEST(VyRegionTest, SetRectsTakesRectanglesAsGiven)
     const VyRegion before = r;
     r.setRects(rs, 3);
     EXPECT_EQ(before.boundingRect(), VyRect(50, 50, 60, 60));
-    EXPECT_EQ(stored(r), std::vector<VyRect>(rs, rs + 3));
+    EXPECT_EQ(storedRects(r), std::vector<VyRect>(rs, rs + 3));
     EXPECT_EQ(r.boundingRect(), VyRect(0, 0, 9, 4));
     // Areas 4, 4, 10: the first strictly largest; on a tie the first one.
     EXPECT_EQ(r.d->rgn->innerRect, VyRect(0, 4, 9, 4));
     r.setRects(rs, 2);
     EXPECT_EQ(r.d->rgn->innerRect, VyRect(0, 0, 1, 1));
     r.setRects(r.d->rgn->rects.constData(), r.rectCount()); // its own rectangles
-    EXPECT_EQ(stored(r), std::vector<VyRect>(rs, rs + 2));
+    EXPECT_EQ(storedRects(r), std::vector<VyRect>(rs, rs + 2));
     const VyRect invalid(4, 4, 3, 9);
     r.setRects(&invalid, 1);
     EXPECT_EQ(r.d, &VyRegion::shared_empty);
@@ -264,7 +226,7 @@ TEST(VyRegionTest, ShortcutsReuseRecords)
     acc &= VyRegion(0, 0, 4, 1);
     acc -= VyRegion(0, 0, 1, 1);
     acc ^= VyRegion(3, 0, 1, 1);
-    EXPECT_EQ(stored(acc), std::vector<VyRect>{VyRect(1, 0, 1, 0)});
+    EXPECT_EQ(storedRects(acc), std::vector<VyRect>{VyRect(1, 0, 1, 0)});
 }
 
 TEST(VyRegionTest, RandomizedAgainstPixelModel)
