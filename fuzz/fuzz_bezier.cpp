@@ -46,9 +46,11 @@ double toSegment(const VyPointF& p, const VyPointF& a, const VyPointF& b)
     return hypot(a.x + u * ax - p.x, a.y + u * ay - p.y);
 }
 
-// The offset curve B(t) + d N(t) as a polyline within about kFlatness pixels of it: pieces
-// are halved (at least 5 times, at most 16) until the points at a quarter, a half and three
-// quarters of the piece lie that close to its chord.
+// The offset curve B(t) + d N(t) as a polyline within about kFlatness pixels of it. Pieces
+// are halved (at least 5 times, at most 20) until the points at a quarter, a half and three
+// quarters of the piece lie that close to its chord and the normal turns by less than about
+// 10 degrees from either end to the middle: where the curve nearly stands still the normal
+// swings round within a tiny range of t, and the offset sweeps an arc there.
 struct OffsetCurve {
     static constexpr double kFlatness = 0.01;
     const VyBezier& b;
@@ -61,18 +63,24 @@ struct OffsetCurve {
         flatten(0, 1, at(0), at(1), 0);
     }
     VyPointF at(double t) const { return along(b.pointAt(float(t)), b.normalVector(float(t)), d); }
+    bool turnsLittle(double t0, double t1) const
+    {
+        const VyPointF n0 = b.normalVector(float(t0)), n1 = b.normalVector(float(t1));
+        return double(n0.x) * n1.x + double(n0.y) * n1.y >= 0.985;
+    }
     void flatten(double t0, double t1, const VyPointF& p0, const VyPointF& p1, int depth)
     {
-        const double quarter = (t1 - t0) / 4;
-        const VyPointF middle = at(t0 + 2 * quarter);
-        if (depth >= 16 || (depth >= 5 && toSegment(middle, p0, p1) <= kFlatness &&
+        const double quarter = (t1 - t0) / 4, middle = t0 + 2 * quarter;
+        const VyPointF m = at(middle);
+        if (depth >= 20 || (depth >= 5 && toSegment(m, p0, p1) <= kFlatness &&
                             toSegment(at(t0 + quarter), p0, p1) <= kFlatness &&
-                            toSegment(at(t1 - quarter), p0, p1) <= kFlatness)) {
+                            toSegment(at(t1 - quarter), p0, p1) <= kFlatness &&
+                            turnsLittle(t0, middle) && turnsLittle(middle, t1))) {
             points.push_back(p1);
             return;
         }
-        flatten(t0, t0 + 2 * quarter, p0, middle, depth + 1);
-        flatten(t0 + 2 * quarter, t1, middle, p1, depth + 1);
+        flatten(t0, middle, p0, m, depth + 1);
+        flatten(middle, t1, m, p1, depth + 1);
     }
     double distanceTo(const VyPointF& p) const
     {

@@ -24,6 +24,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <array>
 #include <vector>
 
 namespace
@@ -33,11 +34,11 @@ constexpr int kOrigin = -20;
 constexpr int kGrid = 64;
 constexpr size_t kMaxOps = 32;
 
-typedef std::vector<uint64_t> Rows;
+typedef std::array<uint64_t, kGrid> Rows;
 
 Rows rowsOf(const VyRect& r)
 {
-    Rows rows(kGrid);
+    Rows rows = {};
     for (int y = r.y1; y <= r.y2; ++y)
         for (int x = r.x1; x <= r.x2; ++x)
             rows[size_t(y - kOrigin)] |= uint64_t(1) << (x - kOrigin);
@@ -63,7 +64,7 @@ uint64_t exactlyOne(uint64_t a, uint64_t b)
 
 Rows combine(const Rows& a, const Rows& b, uint64_t (*f)(uint64_t, uint64_t))
 {
-    Rows out(kGrid);
+    Rows out = {};
     for (size_t y = 0; y < out.size(); ++y)
         out[y] = f(a[y], b[y]);
     return out;
@@ -71,7 +72,7 @@ Rows combine(const Rows& a, const Rows& b, uint64_t (*f)(uint64_t, uint64_t))
 
 bool meet(const Rows& a, const Rows& b)
 {
-    return combine(a, b, both) != Rows(kGrid);
+    return combine(a, b, both) != Rows{};
 }
 
 bool has(const Rows& m, int x, int y)
@@ -83,7 +84,7 @@ bool has(const Rows& m, int x, int y)
 
 void checkRegion(const VyRegion& r, const Rows& m)
 {
-    const std::vector<VyRect> want = canonicalRects(m, kOrigin, kOrigin);
+    const std::vector<VyRect> want = canonicalRects(m.data(), m.size(), kOrigin, kOrigin);
     FUZZ_CHECK(storedRects(r) == want);
     FUZZ_CHECK(r.rectCount() == int(want.size()));
     FUZZ_CHECK(r.isEmpty() == want.empty());
@@ -95,7 +96,7 @@ void checkRegion(const VyRegion& r, const Rows& m)
 
 struct Slots {
     VyRegion region[3];
-    Rows model[3] = {Rows(kGrid), Rows(kGrid), Rows(kGrid)};
+    Rows model[3] = {};
 
     void step(const uint8_t* op)
     {
@@ -103,7 +104,7 @@ struct Slots {
         const bool withRect = op[0] & 8;
         const int x1 = op[2] % 16, y1 = op[2] / 16;
         const VyRect rect(x1, y1, op[3] >= 0xC0 ? x1 - 1 : x1 + op[3] % 8, y1 + op[3] / 8 % 8);
-        const Rows rectModel = rect.isValid() ? rowsOf(rect) : Rows(kGrid);
+        const Rows rectModel = rect.isValid() ? rowsOf(rect) : Rows{};
         const VyRegion operand = withRect ? VyRegion(rect) : region[s2];
         const Rows& operandModel = withRect ? rectModel : model[s2];
         // The compound forms take the destination as the first operand.
@@ -144,7 +145,9 @@ struct Slots {
             break;
         case 4: {
             const int dx = op[2] % 9 - 4, dy = op[2] / 9 % 9 - 4;
-            const VyRect box = regionCacheOf(canonicalRects(firstModel, kOrigin, kOrigin)).box;
+            const VyRect box = regionCacheOf(canonicalRects(firstModel.data(), firstModel.size(),
+                                                            kOrigin, kOrigin))
+                                   .box;
             if (box.isValid() && (box.x1 + dx < kOrigin || box.y1 + dy < kOrigin ||
                                   box.x2 + dx >= kOrigin + kGrid || box.y2 + dy >= kOrigin + kGrid))
                 break;
@@ -152,7 +155,7 @@ struct Slots {
                 region[dst].translate(dx, dy);
             else
                 region[dst] = region[s1].translated(dx, dy);
-            Rows moved(kGrid);
+            Rows moved = {};
             for (int y = 0; y < kGrid; ++y)
                 if (y + dy >= 0 && y + dy < kGrid)
                     moved[size_t(y + dy)] =

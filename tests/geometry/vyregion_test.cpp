@@ -40,7 +40,7 @@ std::vector<VyRect> canonical(const Pixels& m)
     for (int y = 0; y < G; ++y)
         for (int x = 0; x < G; ++x)
             rows[size_t(y)] |= uint64_t(at(m, x, y)) << x;
-    return canonicalRects(rows, 0, 0);
+    return canonicalRects(rows.data(), rows.size(), 0, 0);
 }
 
 VyRegion fromPixels(const Pixels& m)

@@ -9,15 +9,15 @@
 #include <vector>
 
 // The one banded form of a pixel set: per row its maximal runs, equal consecutive rows
-// merged. Bit c of rows[r] is the pixel (x0 + c, y0 + r).
-inline std::vector<VyRect> canonicalRects(const std::vector<uint64_t>& rows, int x0, int y0)
+// merged. Bit c of rows[r] (r < count) is the pixel (x0 + c, y0 + r).
+inline std::vector<VyRect> canonicalRects(const uint64_t* rows, size_t count, int x0, int y0)
 {
     std::vector<VyRect> out;
-    for (size_t y = 0; y < rows.size(); ++y) {
+    for (size_t y = 0; y < count; ++y) {
         if (!rows[y] || (y > 0 && rows[y] == rows[y - 1]))
             continue;
         size_t end = y;
-        while (end + 1 < rows.size() && rows[end + 1] == rows[y])
+        while (end + 1 < count && rows[end + 1] == rows[y])
             ++end;
         for (uint64_t m = rows[y]; m;) {
             const int x = __builtin_ctzll(m);
