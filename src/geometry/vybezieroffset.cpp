@@ -71,8 +71,20 @@ bool follows(const Cubic& c, const Cubic& q, const Target& target)
     return true;
 }
 
-bool shiftPiece(const Cubic& c, int depth, Target& target)
+bool standsStill(const Cubic& c, double t)
 {
+    const Vec v = c.derivative(t);
+    return v.x == 0 && v.y == 0;
+}
+
+// `inner0` and `inner1` say whether the piece's ends lie inside the whole curve.
+bool shiftPiece(const Cubic& c, int depth, bool inner0, bool inner1, Target& target)
+{
+    // A piece ending where the curve stands still inside it takes its end direction from its
+    // own control points, and so does its neighbour: the two offsets may start on opposite
+    // sides. Such a curve has no offset.
+    if ((inner0 && standsStill(c, 0)) || (inner1 && standsStill(c, 1)))
+        return false;
     Cubic q;
     if (candidate(c, target.offset, &q) && follows(c, q, target)) {
         if (target.count == target.max)
@@ -84,7 +96,8 @@ bool shiftPiece(const Cubic& c, int depth, Target& target)
         return false;
     Cubic a, b;
     c.halve(&a, &b);
-    return shiftPiece(a, depth + 1, target) && shiftPiece(b, depth + 1, target);
+    return shiftPiece(a, depth + 1, inner0, true, target) &&
+           shiftPiece(b, depth + 1, true, inner1, target);
 }
 
 } // namespace
@@ -102,5 +115,5 @@ int VyBezier::shifted(VyBezier* curveSegments, int maxSegments, float offset, fl
         return 1;
     }
     Target target = {curveSegments, maxSegments, 0, offset, threshold};
-    return shiftPiece(c, 0, target) ? target.count : 0;
+    return shiftPiece(c, 0, false, false, target) ? target.count : 0;
 }
