@@ -30,22 +30,6 @@ GlyphBitmap makeGlyph(unsigned short unicode, const VyFont& font, int width, int
 
 } // namespace
 
-// Only mapped records are purged: the first keeps its pixels until the store goes.
-TEST(VyFonteUnitCache, SameKeyTwiceMapsTheSecondRecord_Kept)
-{
-    VyFonteUnitCache cache;
-    GlyphBitmap* first = cache.addFontInfo(makeGlyph('x', VyFont(), 2, 3, 2));
-    GlyphBitmap* second = cache.addFontInfo(makeGlyph('x', VyFont(), 4, 5, 4));
-    EXPECT_EQ(cache.size(), 1);
-    EXPECT_EQ(cache.fontTable('x', VyFont()), second);
-    EXPECT_EQ(cache.blockMM->at(0).count, 2);
-    cache.cleanAllFontMetrics();
-    EXPECT_EQ(second->buffer, nullptr);
-    ASSERT_NE(first->buffer, nullptr);
-    EXPECT_EQ(first->buffer[5], 'x');
-    EXPECT_EQ(cache.usedBytes, 6);
-}
-
 // Pixels are accounted as width * rows although rows * pitch bytes are allocated. Re-attaching
 // takes only the pixels: the record's metrics stay.
 TEST(VyFonteUnitCache, PurgeAndReattachAccountWidthTimesRows_Kept)
@@ -69,8 +53,9 @@ TEST(VyFonteUnitCache, PurgeAndReattachAccountWidthTimesRows_Kept)
 // Random adds (with repeated keys: fonts that differ in lightFace or underLine share one),
 // holds, releases, purges, re-attaches and cleans, checked against a model of which record
 // each key maps to and which records have pixels. A clean goes back to the state after
-// construction, one empty block of 2, and keeps the limit.
-TEST(VyFonteUnitCache, RandomOperationsAgainstAModel)
+// construction, one empty block of 2, and keeps the limit. Kept: a key added twice maps the
+// second record, and a purge leaves the first one's pixels until the store goes.
+TEST(VyFonteUnitCache, RandomOperationsAgainstAModel_Kept)
 {
     struct Entry {
         GlyphBitmap* record;
