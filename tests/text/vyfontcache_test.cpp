@@ -130,26 +130,6 @@ TEST_F(VyFontCacheTest, RunsMatchGlyphByGlyph)
         ASSERT_EQ(steps[0][step], steps[1][step]) << "step " << step;
 }
 
-TEST_F(VyFontCacheTest, SetFontFileAndCloseFontFileDropEveryGlyph)
-{
-    VyFontCache* cache = VyFontCache::instance();
-    vyGlyphRelease(VyFontCache::glyph('A', VyFont()));
-    cache->limit = 1000;
-    setenv("VY_FONTLIB", DEJAVU_SANS, 1);
-    cache->setFontFile(VyString()); // falls back to the environment
-    unsetenv("VY_FONTLIB");
-    EXPECT_EQ(
-        std::make_tuple(cache->size(), cache->usedBytes, cache->blockMM->size(), cache->limit),
-        std::make_tuple(0, 0, 1, 1000));
-    // DejaVu Sans's A is wider than unifont's half em.
-    EXPECT_GT(VyFontCache::glyph('A', VyFont())->advance, 8);
-
-    cache->closeFontFile();
-    EXPECT_EQ(std::make_tuple(cache->size(), cache->usedBytes, VyFreetype::m_pface,
-                              VyFreetype::m_plibrary),
-              std::make_tuple(0, 0, nullptr, nullptr));
-}
-
 TEST(VyFontCacheConcurrency, RacingFirstCallsCreateOneSingleton)
 {
     VyFontCache::instance(); // so that a rasteriser exists

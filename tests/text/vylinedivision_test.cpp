@@ -33,9 +33,9 @@ std::vector<int> widths(VyFontMetrics& m)
 // A metrics object over `text` wrapped at `width`: no wrap when width is 0, wrap without a box
 // (a width limit of 0) when it is negative.
 std::unique_ptr<VyFontMetrics> wrapped(const std::u16string& text, int width, int ls = 0,
-                                       const VyFont& font = kPlain)
+                                       const VyFont& font = kPlain, int lineSpacing = 0)
 {
-    auto m = std::make_unique<VyFontMetrics>(V(text), font, 0, ls);
+    auto m = std::make_unique<VyFontMetrics>(V(text), font, lineSpacing, ls);
     m->setWorpWrap(width != 0);
     if (width > 0)
         m->setTextMinRect(0, 0, width, 100);
@@ -96,7 +96,7 @@ std::pair<Lines, std::vector<int>> reference(const std::u16string& t, Metrics& m
 } // namespace
 
 // Random texts of words, spaces, ideographs and newlines with random advances, bitmap widths,
-// spacing and box widths, plain and bold.
+// letter and line spacing and box widths, plain and bold.
 TEST_F(DivisionTest, RandomTextsMatchTheReference)
 {
     std::mt19937 rng(20261121);
@@ -115,40 +115,31 @@ TEST_F(DivisionTest, RandomTextsMatchTheReference)
             const unsigned pick = rng() % 10;
             text += pick < 5 ? alphabet[pick % 3] : alphabet[3 + pick % 5];
         }
-        const int ls = int(rng() % 4), width = int(rng() % 80) - 5;
-        auto m = wrapped(text, width, ls, font);
+        const int ls = int(rng() % 4), width = int(rng() % 80) - 5, lineSpacing = int(rng() % 3);
+        auto m = wrapped(text, width, ls, font, lineSpacing);
         const auto expected = reference(text, metrics, ls, std::max(width, 0), width != 0, bold);
         ASSERT_EQ(lineTexts(*m), expected.first) << "round " << round;
         ASSERT_EQ(widths(*m), expected.second) << "round " << round;
-        // Each record holds its line's rectangle and glyphs; the lines stack by the pitch.
+        // Each record holds its line's rectangle and glyphs; the lines stack by the pitch, line
+        // height 19 plus the line spacing.
         ASSERT_EQ(m->paintList.size(), int(expected.first.size()));
         for (int i = 0; i < m->paintList.size(); ++i) {
             ASSERT_EQ(m->paintList.at(i).rect, m->lineRectList.at(i));
             ASSERT_EQ(m->paintList.at(i).glyphs, m->lineGlyphs.at(i));
             ASSERT_EQ(m->lineGlyphs.at(i).size(), int(expected.first[size_t(i)].size()));
-            ASSERT_EQ(m->lineRectList.at(i).y1, 19 * i);
+            const int pitch = 19 + lineSpacing, w = expected.second[size_t(i)];
+            ASSERT_EQ(m->lineRectList.at(i), VyRect(0, pitch * i, w - 1, pitch * (i + 1) - 1));
         }
     }
 }
 
-// Rectangles stack by the pitch, line height 19 plus the line spacing. The empty text leaves
-// whatever results there were.
-TEST_F(DivisionTest, RectanglesAndTheEmptyText)
+// The empty text leaves whatever results there were.
+TEST_F(DivisionTest, TheEmptyTextKeepsTheResults)
 {
-    advances(u"abcd", 10);
-    advances(u"\n", 6);
-    VyFontMetrics m(VyString("ab\ncd"), kPlain, 1, 2);
-    EXPECT_EQ(m.divideText(), 0);
-    ASSERT_EQ(m.lineRectList.size(), 2);
-    EXPECT_EQ(m.lineRectList.at(0), VyRect(0, 0, 25, 19));
-    EXPECT_EQ(m.lineRectList.at(1), VyRect(0, 20, 23, 39));
-
     VyFontMetrics empty(VyString(), kPlain, 0, 0);
     empty.lines.append(VyString("kept"));
     EXPECT_EQ(empty.divideText(), -1);
-    EXPECT_FALSE(empty.layoutDirty);
     EXPECT_EQ(empty.subText().size(), 1);
-    EXPECT_EQ(empty.sizeHint(), VySize(0, 0));
 }
 
 // Without a box every ideograph moves down; hiragana is a letter to the layout. Kept: after an
@@ -209,9 +200,7 @@ TEST_F(DivisionTest, RightToLeftLinesArePrependedAndGlyphsAccumulate_Kept)
         ASSERT_EQ(g.at(k)->unicode, text[7 - k]); // visual order is the mirror here
     const std::u16string l1 = text.substr(0, 1), l2 = text.substr(1, 3), l3 = text.substr(4);
     EXPECT_EQ(lineTexts(*m), (Lines{l2, l1, l3}));
-    EXPECT_EQ(m->lineRectList.at(0), VyRect(0, 19, 24, 37));
-    EXPECT_EQ(m->lineRectList.at(1), VyRect(0, 0, 9, 18));
-    EXPECT_EQ(m->lineRectList.at(2), VyRect(0, 38, 34, 56));
+    EXPECT_EQ(widths(*m), (std::vector<int>{25, 10, 35}));
     ASSERT_EQ(m->paintList.size(), 3);
     EXPECT_EQ(std::make_tuple(m->paintList.at(0).glyphs.size(), m->paintList.at(1).glyphs.size(),
                               m->paintList.at(2).glyphs.size()),
