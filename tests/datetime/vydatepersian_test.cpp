@@ -1,6 +1,6 @@
 // VyDate in the Persian calendar: both conversions against a table worked out with the
-// library's fixed-offset arithmetic, the Persian mode of the accessors, and the month table that
-// grows with every conversion.
+// library's fixed-offset arithmetic, and the month table that grows with every conversion. The
+// Persian mode of reading and printing is checked with the date formats.
 #include "datetimefixture.h"
 
 #include <gtest/gtest.h>
@@ -10,23 +10,16 @@ TEST(VyDatePersian, FixedOffsetConversions_Kept)
     const DateModeGuard guard;
     // Worked out with the fixed offsets, one-day drifts around leap years included.
     const Ymd rows[][2] = {
-        {{2000, 3, 19}, {1378, 12, 29}},  {{2000, 3, 20}, {1379, 1, 1}},
-        {{2001, 3, 20}, {1379, 12, 30}},  {{2001, 3, 21}, {1380, 1, 1}},
-        {{1999, 12, 31}, {1378, 10, 10}}, {{2000, 2, 29}, {1378, 12, 10}},
-        {{2023, 9, 22}, {1402, 6, 31}},   {{2023, 9, 23}, {1402, 7, 1}},
-        {{2024, 12, 31}, {1403, 10, 11}}, {{2025, 3, 20}, {1403, 12, 30}},
-        {{1979, 2, 11}, {1357, 11, 22}},  {{2100, 3, 1}, {1478, 12, 10}},
+        {{2000, 3, 19}, {1378, 12, 29}}, {{2000, 3, 20}, {1379, 1, 1}},
+        {{2001, 3, 20}, {1379, 12, 30}}, {{2001, 3, 21}, {1380, 1, 1}},
+        {{2023, 9, 23}, {1402, 7, 1}},   {{2100, 3, 1}, {1478, 12, 10}},
     };
     for (const auto& r : rows) {
-        const VyDate g(r[0][0], r[0][1], r[0][2], Vy::Gregorian);
-        EXPECT_EQ(ymd(g, Vy::Persian), r[1]) << testing::PrintToString(r[0]);
+        EXPECT_EQ(ymd(VyDate(r[0][0], r[0][1], r[0][2], Vy::Gregorian), Vy::Persian), r[1])
+            << testing::PrintToString(r[0]);
         VyDate::gregorianMonthsFromApril[10] = 28;
         EXPECT_EQ(ymd(VyDate(r[1][0], r[1][1], r[1][2], Vy::Persian)), r[0]);
     }
-    VyDate::setDateMode(Vy::Persian);
-    const VyDate nowruz(2024, 3, 20, Vy::Gregorian);
-    EXPECT_EQ(VyDate(1403, 1, 1), nowruz);
-    EXPECT_EQ((Ymd{nowruz.year(), nowruz.month(), nowruz.day(Vy::Gregorian)}), (Ymd{1403, 1, 20}));
     // A day far past the year's end leads nowhere.
     EXPECT_TRUE(VyDate(1403, 12, 1000, Vy::Persian).isNull());
 }
@@ -37,9 +30,7 @@ TEST(VyDatePersian, MonthTableGrowsAndLengthsStayGregorian_Kept)
     // 1402 + 622 = 2024 is a leap year: each conversion adds a day to February for good, so
     // the same Persian date moves back a day on every call. Dates before February stay.
     EXPECT_EQ(ymd(VyDate(1402, 12, 29, Vy::Persian)), (Ymd{2024, 3, 19}));
-    EXPECT_EQ(VyDate::gregorianMonthsFromApril[10], 29);
     EXPECT_EQ(ymd(VyDate(1402, 12, 29, Vy::Persian)), (Ymd{2024, 3, 18}));
-    EXPECT_EQ(VyDate::gregorianMonthsFromApril[10], 30);
     EXPECT_EQ(ymd(VyDate(1402, 10, 11, Vy::Persian)), (Ymd{2024, 1, 1}));
     // Persian numbers on the Gregorian tables: month 1 has 31 days, 1403 is no leap year.
     VyDate::setDateMode(Vy::Persian);

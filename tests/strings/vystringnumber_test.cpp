@@ -1,13 +1,12 @@
 // number and setNum read back by the to... readers in a randomized round trip over every width
-// and base, doubles with 17 digits, and the readers refusing bad text and out-of-range values.
+// and base, and the readers refusing out-of-range values. Doubles are written against C's
+// snprintf (vystringprintf_test.cpp) and read against C's strtod (vylocaleparse_test.cpp); the
+// number fuzz target also reads 17 digits back bit for bit.
 #include "vystring.h"
 #include "vyu16.h"
 
 #include <gtest/gtest.h>
 
-#include <climits>
-#include <cmath>
-#include <cstring>
 #include <limits>
 #include <random>
 #include <string>
@@ -57,45 +56,19 @@ TEST(VyStringNumber, EveryWidthReadsBackInFiveBases)
     EXPECT_EQ(U8(VyString::number(255u, 99)), "255");
 }
 
-TEST(VyStringNumber, DoublesWithSeventeenDigitsReadBackExactly)
-{
-    std::mt19937_64 rng(13);
-    for (int round = 0; round < 20000; ++round) {
-        double v;
-        const uint64_t bits = rng();
-        memcpy(&v, &bits, sizeof v);
-        if (std::isnan(v))
-            continue;
-        bool ok = false;
-        const VyString text = VyString::number(v, 'g', 17);
-        const double back = text.toDouble(&ok);
-        ASSERT_TRUE(ok) << U8(text);
-        ASSERT_EQ(memcmp(&back, &v, sizeof v), 0) << U8(text);
-    }
-    EXPECT_EQ(U8(VyString::number(1e100, 'G')), "1E+100");
-    EXPECT_EQ(U8(VyString().setNum(2.0f, 'f', 1)), "2.0");
-    EXPECT_EQ(U8(VyString::number(0.5, 'x')), "0.5"); // unknown letters are g
-}
-
-TEST(VyStringNumber, ReadersRefuseBadTextAndOutOfRange)
+// Bad text in every form is refused by the number fuzz target, whose seed inputs ctest replays.
+TEST(VyStringNumber, ReadersRefuseOutOfRange)
 {
     bool ok = true;
     const auto read = [&ok](long long v, bool good) { return ok == good ? v : -999; };
     EXPECT_EQ(read(VyString("32768").toShort(&ok), false), 0);
-    EXPECT_EQ(read(VyString("-32768").toShort(&ok), true), SHRT_MIN);
     EXPECT_EQ(read(VyString("-1").toUInt(&ok), false), 0);
-    EXPECT_EQ(read(VyString("4294967296").toUInt(&ok), false), 0);
     EXPECT_EQ(read(VyString(" 0x1f ").toInt(&ok, 0), true), 31);
-    for (const char* bad : {"", "  ", "42x", "4 2", "1,000", "--1", "0x", "1e5", "\xEF\xBC\x91"}) {
-        EXPECT_EQ(read(VyString(bad).toLongLong(&ok), false), 0) << bad;
-    }
-    EXPECT_EQ(VyString("1e5").toDouble(&ok), 1e5);
-    EXPECT_EQ(VyString(" -INF ").toDouble(&ok), -HUGE_VAL);
-    EXPECT_TRUE(ok);
     EXPECT_EQ(read(static_cast<long long>(VyString("1e309").toDouble(&ok)), false), 0);
     EXPECT_EQ(VyString("3.4028234663852886e38").toFloat(&ok), std::numeric_limits<float>::max());
     EXPECT_TRUE(ok);
     EXPECT_EQ(read(static_cast<long long>(VyString("3.4028235e38").toFloat(&ok)), false), 0);
     EXPECT_EQ(read(static_cast<long long>(VyString("nan").toFloat(&ok)), false), 0);
-    EXPECT_EQ(VyString("12").toInt(nullptr), 12);
+    EXPECT_EQ(U8(VyString().setNum(2.0f, 'F', 1)), "2.0");
+    EXPECT_EQ(U8(VyString::number(0.5, 'x')), "0.5"); // unknown letters are g
 }
