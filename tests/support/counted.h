@@ -43,7 +43,6 @@ struct Counted {
         ++destroyed;
     }
     bool operator==(const Counted& o) const { return value == o.value; }
-    bool operator!=(const Counted& o) const { return value != o.value; }
     bool operator<(const Counted& o) const { return value < o.value; }
 
     static int living() { return constructed - destroyed; }
