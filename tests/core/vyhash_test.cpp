@@ -93,9 +93,8 @@ TEST(VyHashTest, BucketCountsGrowAndReserveAtTheDocumentedPoints)
     }
 
     // (requested size, bucket count, hint bits)
-    const int cases[][3] = {{1, 17, 4},  {17, 17, 4},   {18, 37, 5},     {37, 37, 5},
-                            {38, 67, 6}, {100, 131, 7}, {131, 131, 7},   {132, 257, 8},
-                            {0, 17, 4},  {-5, 17, 4},   {1031, 1031, 10}};
+    const int cases[][3] = {{1, 17, 4},    {17, 17, 4}, {18, 37, 5},     {100, 131, 7},
+                            {132, 257, 8}, {0, 17, 4},  {1031, 1031, 10}};
     for (const auto& c : cases) {
         VyHash<int, int> r;
         r.reserve(c[0]);
