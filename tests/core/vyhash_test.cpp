@@ -38,9 +38,7 @@ template <class Key, class T> void checkStructure(const VyHash<Key, T>& h)
 }
 
 // Typed tests over a plain value type and over Counted, whose lifetimes the fixture checks.
-template <class T> class VyHashTypedTest : public CountedTest
-{
-};
+template <class T> using VyHashTypedTest = CountedTest;
 typedef ::testing::Types<int, Counted> ValueTypes;
 TYPED_TEST_SUITE(VyHashTypedTest, ValueTypes);
 

@@ -125,9 +125,7 @@ TEST(VyListDetachTest, DetachGrowPlacesTheGap)
 
 // The typed list over int and over Counted, both stored as heap copies the slots point at;
 // the fixture checks that every Counted is destroyed exactly once.
-template <typename T> class VyListTypedTest : public CountedTest
-{
-};
+template <class T> using VyListTypedTest = CountedTest;
 typedef ::testing::Types<int, Counted> ElementTypes;
 TYPED_TEST_SUITE(VyListTypedTest, ElementTypes);
 

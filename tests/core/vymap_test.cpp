@@ -51,9 +51,7 @@ std::vector<int> chainLengths(const VyMapData* d)
 
 // Typed tests over plain ints and over Counted keys and values, whose lifetimes the fixture
 // checks.
-template <class T> class VyMapTyped : public CountedTest
-{
-};
+template <class T> using VyMapTyped = CountedTest;
 typedef ::testing::Types<int, Counted> ElementTypes;
 TYPED_TEST_SUITE(VyMapTyped, ElementTypes);
 

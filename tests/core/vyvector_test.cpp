@@ -78,9 +78,7 @@ TEST(VyVectorTest, OverAlignedElementsSurviveGrowth)
     }
 }
 
-template <typename T> class VyVectorTypedTest : public CountedTest
-{
-};
+template <class T> using VyVectorTypedTest = CountedTest;
 using ElementTypes = ::testing::Types<int, Counted>;
 TYPED_TEST_SUITE(VyVectorTypedTest, ElementTypes);
 
