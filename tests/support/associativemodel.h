@@ -30,7 +30,8 @@ template <class C> Model contentsOf(const C& c)
 // Runs `steps` random operations on a C with keys K and values T from keys in
 // [-keyRange / 2, keyRange / 2). `check(c)` tests the container's own structure now and then;
 // `extra(c, model, key, value)` is one more operation of the container's own kind. Now and then
-// an element copy throws (Counted only): the operation must then leave the container as it was.
+// an element copy throws (Counted only), early or near the end of copying every node (one or
+// two per node): the operation must then leave the container as it was.
 template <class K, class T, class C, class Check, class Extra>
 void runAgainstModel(unsigned seed, int steps, int keyRange, Check check, Extra extra)
 {
@@ -46,7 +47,7 @@ void runAgainstModel(unsigned seed, int steps, int keyRange, Check check, Extra 
         const bool present = found != model.end();
         const bool failing = pick(4) == 0;
         const Model before = failing ? model : Model();
-        Counted::copiesUntilThrow = failing ? 1 + pick(pick(2) ? 3 : 2 * c.size() + 3) : 0;
+        Counted::copiesUntilThrow = failing ? 1 + pick(3) + pick(3) * c.size() : 0;
         try {
             switch (pick(11)) {
             case 0:
