@@ -15,7 +15,9 @@ float angleGap(float a, float b)
     return d > 180 ? 360 - d : d;
 }
 
-TEST(VyLineFTest, AnglesCountCounterClockwiseWithYDown)
+// The random checks below read angles back; these pin the direction, the null line and the
+// wrap at 360.
+TEST(VyLineFTest, AngleDirectionWrapAndFuzzyNull)
 {
     const struct {
         VyLineF line;
@@ -23,10 +25,6 @@ TEST(VyLineFTest, AnglesCountCounterClockwiseWithYDown)
     } cases[] = {
         {{0, 0, 1, 0}, 0},
         {{0, 0, 0, -1}, 90},
-        {{0, 0, -1, 0}, 180},
-        {{0, 0, 0, 1}, 270},
-        {{5, 5, 6, 4}, 45},
-        {{5, 5, 4, 6}, 225},
         {{3, 3, 3, 3}, 0},
         // Just below the x axis to the right: a value that would read 360 is reported as 0.
         {{0, 0, 1, 1e-7f}, 0},
@@ -35,11 +33,6 @@ TEST(VyLineFTest, AnglesCountCounterClockwiseWithYDown)
         EXPECT_FLOAT_EQ(c.line.angle(), c.angle) << c.line.x2 << "," << c.line.y2;
     EXPECT_FALSE(signbit(VyLineF(0, 0, 1, 0).angle()));
     EXPECT_NEAR(VyLineF(0, 0, 1, 1e-3f).angle(), 359.9427f, 1e-3f);
-}
-
-TEST(VyLineFTest, LengthAndFuzzyNull)
-{
-    EXPECT_FLOAT_EQ(VyLineF(1, 2, 4, 6).length(), 5);
     EXPECT_TRUE(VyLineF(1, 1, 1.000005f, 0.999995f).isNull());
     EXPECT_FALSE(VyLineF(1, 1, 1.0001f, 1).isNull());
     EXPECT_FALSE(VyLineF(1, 1, 1, 1.0001f).isNull());

@@ -162,14 +162,12 @@ TEST(VyBitmapDecodeTest, RandomImagesMatchTheirPixels)
 // white with alpha 255, although the warning speaks of alpha 0.
 TEST(VyBitmapDecodeTest, BottomUpSixteenBitsAndOpaquePadding_Kept)
 {
-    for (int depth : {16, 24}) {
-        BmpImage im;
-        im.depth = depth;
-        im.height = 2;
-        im.values = {depth == 16 ? 0x7FFFu : 0xFFFFFFu, 0}; // white bottom row, black top row
-        EXPECT_EQ(decode(bmpBytes(im)).pixels[depth == 16 ? 0 : 4], depth == 16 ? 248 : 255);
-    }
     BmpImage im;
+    im.depth = 16;
+    im.height = 2;
+    im.values = {0x7FFF, 0}; // white bottom row, black top row
+    EXPECT_EQ(decode(bmpBytes(im)).pixels[0], 248);
+    im = BmpImage();
     im.depth = 8;
     im.width = 2;
     im.palette.assign(16, 0x102030);

@@ -20,8 +20,7 @@ struct Counted {
     // destruction or a read after destruction is caught.
     int alive;
 
-    Counted() : value(0), alive(0x600D) { ++constructed; }
-    Counted(int v) : value(v), alive(0x600D) { ++constructed; }
+    Counted(int v = 0) : value(v), alive(0x600D) { ++constructed; }
     Counted(const Counted& o) : value(o.value), alive(0x600D)
     {
         if (o.alive != 0x600D)
@@ -43,7 +42,6 @@ struct Counted {
         ++destroyed;
     }
     bool operator==(const Counted& o) const { return value == o.value; }
-    bool operator!=(const Counted& o) const { return value != o.value; }
     bool operator<(const Counted& o) const { return value < o.value; }
 
     static int living() { return constructed - destroyed; }
