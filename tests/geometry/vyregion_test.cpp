@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <limits.h>
 #include <ostream>
 #include <random>
 #include <vector>
@@ -18,6 +20,40 @@ namespace
 // A pixel set on a small grid; the model every region result is checked against.
 constexpr int G = 8;
 typedef std::vector<bool> Pixels;
+
+// Where the model's cells lie: cell k spans the columns xs[k] to xs[k + 1] - 1 and the rows
+// ys[k] to ys[k + 1] - 1. One layout is pixel for pixel; the other reaches the int limits, where
+// edge arithmetic overflows unless it is done in 64 bits.
+struct Layout {
+    long long xs[G + 1], ys[G + 1];
+};
+constexpr Layout kPixels = {{0, 1, 2, 3, 4, 5, 6, 7, 8}, {0, 1, 2, 3, 4, 5, 6, 7, 8}};
+constexpr Layout kLimits = {
+    {INT_MIN, INT_MIN + 1LL, -3, 0, 1, 5, INT_MAX - 1LL, INT_MAX, INT_MAX + 1LL},
+    {INT_MAX - 3000000LL, INT_MAX - 2999999LL, INT_MAX - 1000LL, INT_MAX - 999LL, INT_MAX - 10LL,
+     INT_MAX - 2LL, INT_MAX - 1LL, INT_MAX, INT_MAX + 1LL}};
+const Layout* layout = &kPixels;
+
+// The rectangle covering cells `c`.
+VyRect place(const VyRect& c)
+{
+    return VyRect(int(layout->xs[c.x1]), int(layout->ys[c.y1]), int(layout->xs[c.x2 + 1] - 1),
+                  int(layout->ys[c.y2 + 1] - 1));
+}
+
+// Per cell from -1 (before the grid) to G (after it): its first and last coordinate, as far as
+// they fit an int.
+std::vector<std::pair<int, int>> samples(const long long* edges)
+{
+    std::vector<std::pair<int, int>> s;
+    if (edges[0] > INT_MIN)
+        s.push_back({-1, int(edges[0] - 1)});
+    for (int k = 0; k < G; ++k)
+        s.insert(s.end(), {{k, int(edges[k])}, {k, int(edges[k + 1] - 1)}});
+    if (edges[G] <= INT_MAX)
+        s.push_back({G, int(edges[G])});
+    return s;
+}
 
 bool at(const Pixels& m, int x, int y)
 {
@@ -63,12 +99,37 @@ std::vector<VyRect> canonical(const Pixels& m)
     return out;
 }
 
-VyRegion fromPixels(const Pixels& m)
+VyRegion fromRects(const std::vector<VyRect>& cells)
 {
-    const std::vector<VyRect> r = canonical(m);
+    std::vector<VyRect> r;
+    for (const VyRect& c : cells)
+        r.push_back(place(c));
     VyRegion region;
     region.setRects(r.data(), int(r.size()));
     return region;
+}
+
+VyRegion fromPixels(const Pixels& m)
+{
+    return fromRects(canonical(m));
+}
+
+// The pixels of `m` in banded form that is not canonical: one band per row, and runs cut at
+// random into touching pieces.
+VyRegion fragmented(const Pixels& m, std::mt19937& rng)
+{
+    std::vector<VyRect> r;
+    for (int y = 0; y < G; ++y)
+        for (int x = 0; x < G; ++x) {
+            if (!at(m, x, y))
+                continue;
+            int e = x;
+            while (at(m, e + 1, y) && rng() % 3 != 0)
+                ++e;
+            r.push_back(VyRect(x, y, e, y));
+            x = e;
+        }
+    return fromRects(r);
 }
 
 // The rectangles as stored, read without rects() (which converts a one-rectangle region).
@@ -105,11 +166,20 @@ Pixels randomPixels(std::mt19937& rng)
     return m;
 }
 
-// Checks the rectangles (canonical banded form: so no overlaps and the order), the cached
-// box and largest rectangle, and the queries against the model.
-void expectRegion(const VyRegion& r, const Pixels& m)
+// Checks the pixels against the model and, unless `banded` is false, the rectangles
+// (canonical banded form: so no overlaps and the order) and the cached box and largest
+// rectangle.
+void expectRegion(const VyRegion& r, const Pixels& m, bool banded = true)
 {
-    const std::vector<VyRect> want = canonical(m);
+    for (const auto& y : samples(layout->ys))
+        for (const auto& x : samples(layout->xs))
+            ASSERT_EQ(r.contains(VyPoint(x.second, y.second)), at(m, x.first, y.first))
+                << x.second << "," << y.second;
+    if (!banded)
+        return;
+    std::vector<VyRect> want;
+    for (const VyRect& c : canonical(m))
+        want.push_back(place(c));
     ASSERT_EQ(stored(r), want);
     EXPECT_EQ(r.rectCount(), int(want.size()));
     EXPECT_EQ(r.isEmpty(), want.empty());
@@ -117,7 +187,7 @@ void expectRegion(const VyRegion& r, const Pixels& m)
     long long area = -1;
     for (const VyRect& w : want) {
         box = box | w;
-        const long long a = (long long)w.width() * w.height();
+        const long long a = ((long long)w.x2 + 1 - w.x1) * ((long long)w.y2 + 1 - w.y1);
         if (a > area) {
             area = a;
             largest = w;
@@ -126,12 +196,9 @@ void expectRegion(const VyRegion& r, const Pixels& m)
     EXPECT_EQ(r.boundingRect(), box);
     if (!want.empty()) {
         EXPECT_EQ(r.d->rgn->innerRect, largest);
-        EXPECT_EQ(r.d->rgn->innerArea, int(area));
+        EXPECT_EQ(r.d->rgn->innerArea, int(std::min<long long>(area, INT_MAX)));
         EXPECT_EQ(r.d->rgn->vectorize, want.size() > 1 ? 1 : 0);
     }
-    for (int y = -1; y <= G; ++y)
-        for (int x = -1; x <= G; ++x)
-            ASSERT_EQ(r.contains(VyPoint(x, y)), at(m, x, y)) << x << "," << y;
 }
 
 } // namespace
@@ -283,49 +350,67 @@ TEST(VyRegionTest, ShortcutsReuseRecords)
     EXPECT_EQ(stored(acc), std::vector<VyRect>{VyRect(1, 0, 1, 0)});
 }
 
+// Every operation against the model, in both layouts. Operands also come in banded form that is
+// not canonical: results that do not share such an operand's record are canonical again, except
+// for a union, which may append the operand's rectangles as they are.
 TEST(VyRegionTest, RandomizedAgainstPixelModel)
 {
     std::mt19937 rng(20240611);
     bool (*const ops[])(bool, bool) = {
         [](bool p, bool q) { return p || q; }, [](bool p, bool q) { return p && q; },
         [](bool p, bool q) { return p && !q; }, [](bool p, bool q) { return p != q; }};
-    for (int round = 0; round < 3000; ++round) {
-        SCOPED_TRACE(round);
-        const Pixels ma = randomPixels(rng);
-        Pixels mb = randomPixels(rng);
-        const VyRegion a = fromPixels(ma);
-        VyRegion b = fromPixels(mb);
-        // Now and then: the same record, or equal regions in separate records.
-        const unsigned pick = rng() % 10;
-        if (pick < 2) {
-            b = pick == 0 ? a : fromPixels(ma);
-            mb = ma;
-        }
-        ASSERT_NO_FATAL_FAILURE(expectRegion(a, ma));
-        const VyRect r = randomRect(rng);
-        const Pixels mr = paint(Pixels(G * G, false), r);
-        const VyRegion results[][2] = {{a.unite(b), a.unite(r)},
-                                       {a.intersect(b), a & r},
-                                       {a.subtract(b), a - VyRegion(r)},
-                                       {a.eor(b), a ^ VyRegion(r)}};
-        for (int op = 0; op < 4; ++op) {
-            Pixels withB(G * G), withR(G * G);
-            for (size_t k = 0; k < withB.size(); ++k) {
-                withB[k] = ops[op](ma[k], mb[k]);
-                withR[k] = ops[op](ma[k], mr[k]);
+    const auto apply = [](bool (*op)(bool, bool), const Pixels& p, const Pixels& q) {
+        Pixels m(G * G);
+        for (size_t k = 0; k < m.size(); ++k)
+            m[k] = op(p[k], q[k]);
+        return m;
+    };
+    for (const Layout* l : {&kPixels, &kLimits}) {
+        layout = l;
+        SCOPED_TRACE(l == &kPixels ? "pixels" : "int limits");
+        for (int round = 0; round < 3000; ++round) {
+            SCOPED_TRACE(round);
+            const Pixels ma = randomPixels(rng);
+            Pixels mb = randomPixels(rng);
+            const VyRegion a = fromPixels(ma);
+            VyRegion b = fromPixels(mb);
+            // Now and then: the same record, or equal regions in separate records.
+            const unsigned pick = rng() % 10;
+            if (pick < 2) {
+                b = pick == 0 ? a : fromPixels(ma);
+                mb = ma;
             }
-            ASSERT_NO_FATAL_FAILURE(expectRegion(results[op][0], withB)) << op;
-            ASSERT_NO_FATAL_FAILURE(expectRegion(results[op][1], withR)) << op;
-        }
-        // The operands are untouched.
-        ASSERT_NO_FATAL_FAILURE(expectRegion(a, ma));
-        ASSERT_NO_FATAL_FAILURE(expectRegion(b, mb));
+            ASSERT_NO_FATAL_FAILURE(expectRegion(a, ma));
+            const VyRect c = randomRect(rng);
+            const VyRect r = place(c);
+            const Pixels mr = paint(Pixels(G * G, false), c);
+            const VyRegion results[][2] = {{a.unite(b), a.unite(r)},
+                                           {a.intersect(b), a & r},
+                                           {a.subtract(b), a - VyRegion(r)},
+                                           {a.eor(b), a ^ VyRegion(r)}};
+            for (int op = 0; op < 4; ++op) {
+                ASSERT_NO_FATAL_FAILURE(expectRegion(results[op][0], apply(ops[op], ma, mb))) << op;
+                ASSERT_NO_FATAL_FAILURE(expectRegion(results[op][1], apply(ops[op], ma, mr))) << op;
+            }
+            const VyRegion f = fragmented(mb, rng);
+            const VyRegion loose[] = {a.unite(f), a.intersect(f), a.subtract(f), f.subtract(a)};
+            for (int op = 0; op < 4; ++op) {
+                const Pixels want = op < 3 ? apply(ops[op], ma, mb) : apply(ops[2], mb, ma);
+                const bool banded = op > 0 && loose[op].d != f.d;
+                ASSERT_NO_FATAL_FAILURE(expectRegion(loose[op], want, banded)) << "loose " << op;
+            }
+            // The operands are untouched.
+            ASSERT_NO_FATAL_FAILURE(expectRegion(a, ma));
+            ASSERT_NO_FATAL_FAILURE(expectRegion(b, mb));
 
-        const int inR = countIn(ma, r);
-        EXPECT_EQ(a == b, ma == mb);
-        EXPECT_EQ(a.intersects(b), !results[1][0].isEmpty());
-        EXPECT_EQ(a.intersects(r), inR > 0);
-        EXPECT_EQ(a.contains(r), a.d->rgn->vectorize ? inR > 0 : inR == r.width() * r.height());
-        EXPECT_EQ(vy_region_strictContains(a, r), !a.isEmpty() && a.d->rgn->innerRect.contains(r));
+            const int inR = countIn(ma, c);
+            EXPECT_EQ(a == b, ma == mb);
+            EXPECT_EQ(a.intersects(b), !results[1][0].isEmpty());
+            EXPECT_EQ(a.intersects(r), inR > 0);
+            EXPECT_EQ(a.contains(r), a.d->rgn->vectorize ? inR > 0 : inR == c.width() * c.height());
+            EXPECT_EQ(vy_region_strictContains(a, r),
+                      !a.isEmpty() && a.d->rgn->innerRect.contains(r));
+        }
     }
+    layout = &kPixels;
 }
