@@ -14,10 +14,11 @@
 // rectangles as given. Each record caches its bounding box and its largest rectangle; most
 // operations first try cheap answers from those two before walking the bands.
 //
-// Threads: the reference counts are atomic, but the process-wide free list of records and the
-// in-place conversion of `rects()` are not locked. Every region made or released touches the
-// free list, so all regions of the process belong to one thread at a time, even regions that
-// share nothing; a region shared read-only is not safe either, since `rects()` writes it.
+// Threads: the reference counts are atomic, but the process-wide free list of records, the
+// buffer the set operations keep for writing their results, and the in-place conversion of
+// `rects()` are not locked. Every region made or released touches the free list, so all regions
+// of the process belong to one thread at a time, even regions that share nothing; a region
+// shared read-only is not safe either, since `rects()` writes it.
 #ifndef VYREGION_H
 #define VYREGION_H
 
@@ -56,8 +57,8 @@ struct VY_EXPORT VyRegionPrivate {
     const VyRect* rectData() const { return vectorize ? rects.constData() : &single; }
     // Holds the rectangles in `rects` from now on (no change when it already does).
     void toVector();
-    // Takes `banded` (in banded form) as the rectangles: one rectangle is kept in `single`,
-    // more in the vector. Recomputes the bounding box and the largest rectangle.
+    // Takes `banded` as the rectangles, in their order: one rectangle is kept in `single`, more
+    // in the vector. Recomputes the bounding box and the largest rectangle.
     void setBanded(const VyVector<VyRect>& banded);
     // Recomputes the bounding box, the largest rectangle and its area from the rectangles.
     void updateBounds();
@@ -195,7 +196,7 @@ private:
             cleanUp(x);
     }
     static VyRegionData* newRecord();
-    // The region of the banded rectangles `banded`; the empty region for none.
+    // The region holding the rectangles `banded`, taken as given; the empty region for none.
     static VyRegion fromBanded(const VyVector<VyRect>& banded);
 };
 

@@ -4,6 +4,7 @@
 
 #include <limits.h>
 #include <stddef.h>
+#include <string.h>
 #include <type_traits>
 
 #include "vyregionsweep.h"
@@ -50,9 +51,36 @@ int clampedArea(long long area)
     return area > INT_MAX ? INT_MAX : area < INT_MIN ? INT_MIN : int(area);
 }
 
-long long areaOf(const VyRect& r)
+// Gives p the rectangles `banded` in their order, one rectangle in `single`, more in the vector,
+// and `bounds` as what is cached about them.
+void take(VyRegionPrivate* p, const VyVector<VyRect>& banded, const VyRegionBounds& bounds)
 {
-    return ((long long)r.x2 + 1 - r.x1) * ((long long)r.y2 + 1 - r.y1);
+    p->numRects = banded.size();
+    if (p->numRects > 1) {
+        p->rects = banded;
+        p->vectorize = 1;
+    } else {
+        p->rects = VyVector<VyRect>();
+        p->single = p->numRects ? banded.at(0) : VyRect();
+        p->vectorize = 0;
+    }
+    p->extents = bounds.box;
+    p->innerRect = bounds.largest;
+    p->innerArea = clampedArea(bounds.largestArea);
+}
+
+// The pixels `op` keeps of a and b in a record of their own; the shared empty region when none
+// is left.
+VyRegion swept(const VyRegionPrivate* a, const VyRegionPrivate* b, VyRegionOp op)
+{
+    VyRegionBounds bounds;
+    const VyVector<VyRect> rects =
+        vyRegionSweep(a->rectData(), a->numRects, b->rectData(), b->numRects, op, &bounds);
+    if (rects.isEmpty())
+        return VyRegion();
+    VyRegion result = VyRegion().copy();
+    take(result.d->rgn, rects, bounds);
+    return result;
 }
 
 } // namespace
@@ -69,15 +97,7 @@ void VyRegionPrivate::toVector()
 
 void VyRegionPrivate::setBanded(const VyVector<VyRect>& banded)
 {
-    numRects = banded.size();
-    if (numRects > 1) {
-        rects = banded;
-        vectorize = 1;
-    } else {
-        rects = VyVector<VyRect>();
-        single = numRects ? banded.at(0) : VyRect();
-        vectorize = 0;
-    }
+    take(this, banded, VyRegionBounds());
     updateBounds();
 }
 
@@ -104,8 +124,8 @@ void VyRegionPrivate::updateBounds()
 
 void VyRegionPrivate::keepLargest(const VyRect& r)
 {
-    const long long area = areaOf(r);
-    if (innerArea >= 0 && area <= areaOf(innerRect))
+    const long long area = vyRectArea(r);
+    if (innerArea >= 0 && area <= vyRectArea(innerRect))
         return;
     innerRect = r;
     innerArea = clampedArea(area);
@@ -166,7 +186,7 @@ VyRegion::VyRegion(const VyRect& r, RegionType t)
     p->single = r;
     p->extents = r;
     p->innerRect = r;
-    p->innerArea = clampedArea(areaOf(r));
+    p->innerArea = clampedArea(vyRectArea(r));
 }
 
 VyRegion::VyRegion(int x, int y, int w, int h, RegionType t)
@@ -222,25 +242,14 @@ VyVector<VyRect> VyRegion::rects() const
 
 void VyRegion::setRects(const VyRect* rs, int n)
 {
-    // The new record is filled before the old one goes, so `rs` may point into it.
+    // The rectangles are copied before the old record goes, so `rs` may point into it.
     if (!rs || n <= 0 || (n == 1 && !rs[0].isValid())) {
         *this = VyRegion();
         return;
     }
-    if (n == 1) {
-        *this = VyRegion(rs[0]);
-        return;
-    }
-    VyRegion result(newRecord(), Adopt());
-    VyRegionPrivate* p = result.d->rgn;
-    p->rects.resize(n);
-    VyRect* dst = p->rects.data();
-    for (int k = 0; k < n; ++k)
-        dst[k] = rs[k];
-    p->vectorize = 1;
-    p->numRects = n;
-    p->updateBounds();
-    *this = static_cast<VyRegion&&>(result);
+    VyVector<VyRect> copy(n);
+    memcpy(static_cast<void*>(copy.data()), rs, size_t(n) * sizeof(VyRect));
+    *this = fromBanded(copy);
 }
 
 bool VyRegion::contains(const VyPoint& pt) const
@@ -398,8 +407,7 @@ VyRegion VyRegion::unite(const VyRegion& r) const
     }
     if (*this == r)
         return *this;
-    return fromBanded(
-        vyRegionSweep(a->rectData(), a->numRects, b->rectData(), b->numRects, VyRegionOp::Unite));
+    return swept(a, b, VyRegionOp::Unite);
 }
 
 VyRegion VyRegion::intersect(const VyRegion& r) const
@@ -414,8 +422,7 @@ VyRegion VyRegion::intersect(const VyRegion& r) const
         return r;
     if (a->numRects == 1 && b->numRects == 1)
         return VyRegion(a->rectData()[0] & b->rectData()[0]);
-    return fromBanded(vyRegionSweep(a->rectData(), a->numRects, b->rectData(), b->numRects,
-                                    VyRegionOp::Intersect));
+    return swept(a, b, VyRegionOp::Intersect);
 }
 
 VyRegion VyRegion::subtract(const VyRegion& r) const
@@ -430,8 +437,7 @@ VyRegion VyRegion::subtract(const VyRegion& r) const
         return *this;
     if (*this == r)
         return VyRegion();
-    return fromBanded(vyRegionSweep(a->rectData(), a->numRects, b->rectData(), b->numRects,
-                                    VyRegionOp::Subtract));
+    return swept(a, b, VyRegionOp::Subtract);
 }
 
 VyRegion VyRegion::eor(const VyRegion& r) const
