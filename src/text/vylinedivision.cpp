@@ -5,6 +5,7 @@
 #include "vytextunits.h"
 
 #include <algorithm>
+#include <limits.h>
 
 namespace
 {
@@ -150,6 +151,12 @@ private:
     int count = 0;
 };
 
+// Units that end a run of plain units: spaces, newlines, Thai and ideographic units.
+inline bool endsRun(VyUcs2 c)
+{
+    return vyIsSpace(c) || vyIsNewline(c) || vyIsThai(c) || vyIsIdeographic(c);
+}
+
 void divideLeftToRight(VyFontMetrics& m, LineBuilder& b)
 {
     const int n = m.text.size();
@@ -162,60 +169,111 @@ void divideLeftToRight(VyFontMetrics& m, LineBuilder& b)
     const int W = m.maxWidth;
     const bool wrap = m.wordWrap;
     int x = 0;
-    int e = 0;
-    for (int i = 0; i < n; i = e + 1) {
+    // With word wrap, the word after a space or an ideographic unit (unless it is one itself)
+    // is placed before its width is known: `word` is its first unit (-1: none) and `wordX` the
+    // pen there. When it ends, it moves to a new line if it does not fit. A word is never
+    // split, so moving it then is the same as deciding at its start.
+    int word = -1;
+    int wordX = 0;
+    // Every wrap test compares a pen position the pass reaches (after the ideographic unit or
+    // the word that would move down), plus 0 or ls, with W. So while the pen stays at or below
+    // `calm` no line breaks, and the units that keep it there (newlines and Thai units aside)
+    // are summed like plain units, without looking for words. Without word wrap only newlines
+    // and Thai units stop the sum.
+    const long long calm = wrap ? (long long)W - std::max(ls, 0) : LLONG_MAX;
+    int i = 0;
+    while (i < n) {
+        if (x <= calm) {
+            const int from = i;
+            for (; i < n; ++i) {
+                const VyUcs2 c = t[i];
+                const int a = g[i]->advance + ls;
+                if (vyIsNewline(c) || vyIsThai(c) || x + a > calm)
+                    break;
+                x += a;
+            }
+            // The last space or ideographic unit summed ended the pending word, which fitted,
+            // and started the next one, as below.
+            int penAfter = x;
+            for (int k = i - 1; wrap && k >= from; --k) {
+                if (vyIsSpace(t[k]) || vyIsIdeographic(t[k])) {
+                    word = k + 1 < n && !vyIsIdeographic(t[k + 1]) ? k + 1 : -1;
+                    wordX = penAfter;
+                    break;
+                }
+                penAfter -= g[k]->advance + ls;
+            }
+        }
+        // With word wrap, the rest of the word the sum stopped in, up to where it ends.
+        if (wrap) {
+            for (; i < n && !endsRun(t[i]); ++i)
+                x += g[i]->advance + ls;
+        }
+        if (word >= 0) {
+            // Ended by a space, an ideographic unit or the end of the text, the word is plain
+            // units, all placed. Going on with a Thai cell, or a lone newline, it is measured.
+            const bool measured = i < n && (vyIsThai(t[i]) || (i == word && vyIsNewline(t[i])));
+            const int w = measured ? b.wordSize(word, n - word, false) : x - wordX;
+            const bool afterSpace = vyIsSpace(t[word - 1]);
+            // Kept: after an ideographic unit the comparison has no letter spacing, unlike
+            // the two others; the framework's CJK line lengths were tuned with it.
+            if (wordX + (afterSpace ? ls : 0) + w > W) {
+                // Widened by half the advance of the word's first unit after a space, of the
+                // ideographic unit otherwise.
+                const int widening = g[afterSpace ? word : word - 1]->advance / 2;
+                b.close(word, g + b.start, word - b.start, wordX, widening, word);
+                x -= wordX;
+            }
+            word = -1;
+        }
+        if (i == n)
+            break;
+        // Word wrap is on unless the unit is a newline or a Thai unit.
         const VyUcs2 c = t[i];
         const int advance = g[i]->advance;
-        if (vyIsIdeographic(c)) {
-            if (wrap && i > b.start && x + ls + advance > W) {
+        if (vyIsIdeographic(c) || vyIsSpace(c)) {
+            // An ideographic unit that does not fit moves down; a space stays at the end of
+            // the line it ends. Either starts a word unless an ideographic unit follows.
+            if (vyIsIdeographic(c) && i > b.start && x + ls + advance > W) {
                 b.close(i, g + b.start, i - b.start, x, advance / 2, i);
                 x = 0;
             }
-            x += advance + ls;
-            e = i;
-            // Kept: no letter spacing in this comparison, unlike the two others; the
-            // framework's CJK line lengths were tuned with it.
-            if (wrap && i + 1 < n && !vyIsIdeographic(t[i + 1]) &&
-                x + b.wordSize(i + 1, n - i - 1, false) > W) {
-                b.close(i + 1, g + b.start, i + 1 - b.start, x, advance / 2, i + 1);
-                x = 0;
+            x += ls + advance;
+            ++i;
+            if (i < n && !vyIsIdeographic(t[i])) {
+                word = i;
+                wordX = x;
             }
-        } else {
-            // The space stays at the end of the line it ends.
-            if (wrap && i > b.start && vyIsSpace(t[i - 1]) &&
-                x + ls + b.wordSize(i, n - i, false) > W) {
-                b.close(i, g + b.start, i - b.start, x, advance / 2, i);
-                x = 0;
-            }
-            int w = advance;
-            e = i;
-            if (vyIsThai(c)) {
-                int tone = 0, upper = 0, lower = 0;
-                VyFontEngine::displayThaiFont(t + i, &tone, &upper, &lower);
-                // Kept: each mark is compared at its offset from the consonant but taken at
-                // its offset from the running end of the cell. Thai line widths were tuned
-                // against this mix. A cell with a vowel above and a tone that ends the text
-                // would take the tone's width from past the last glyph; it keeps its width.
-                const int marks[3] = {upper, tone, lower};
-                for (int mark = 0; mark < 3; ++mark) {
-                    const int offset = marks[mark];
-                    if (!offset)
-                        continue;
-                    const int taken = mark == 0 ? i + offset : e + offset;
-                    if (b.advance(i + offset) > w && taken < b.g.size())
-                        w = b.advance(taken);
-                    e += 1;
-                }
-            }
-            x += ls + w;
-        }
-        if (vyIsNewline(t[e])) {
+        } else if (vyIsNewline(c)) {
             // The newline leaves the line's text and glyphs; its letter spacing stays in the
             // width.
-            x -= g[e]->advance;
-            b.close(e, g + b.start, e - b.start, x, e > 0 ? int(uint(g[e - 1]->width) >> 1) : 0,
-                    e + 1);
+            x += ls;
+            b.close(i, g + b.start, i - b.start, x, i > 0 ? int(uint(g[i - 1]->width) >> 1) : 0,
+                    i + 1);
             x = 0;
+            ++i;
+        } else {
+            // A Thai cell: the unit and the marks stacked on it.
+            int w = advance;
+            int e = i;
+            int tone = 0, upper = 0, lower = 0;
+            VyFontEngine::displayThaiFont(t + i, &tone, &upper, &lower);
+            // Kept: each mark is compared at its offset from the consonant but taken at its
+            // offset from the running end of the cell. Thai line widths were tuned against
+            // this mix. A cell with a vowel above and a tone that ends the text would take the
+            // tone's width from past the last glyph; it keeps its width.
+            const int marks[3] = {upper, tone, lower};
+            for (int mark = 0; mark < 3; ++mark) {
+                const int offset = marks[mark];
+                if (!offset)
+                    continue;
+                const int taken = mark == 0 ? i + offset : e + offset;
+                if (b.advance(i + offset) > w && taken < b.g.size())
+                    w = b.advance(taken);
+                e += 1;
+            }
+            x += ls + w;
+            i = e + 1;
         }
     }
     // Kept: a bold text's last line is widened by half the advance of the text's last glyph.

@@ -237,6 +237,21 @@ TEST_F(DivisionTest, AccessorsDivideWhenDirty_Kept)
     EXPECT_EQ(w.subGlyphBitmap().size(), 2);
 }
 
+// Kept: a word going on with a Thai cell is measured by nextWordSize, each mark again as a cell
+// of its own: "a " (15) and the cell (9, a word of 9 + 5) fit into 26 pixels, the word does not.
+TEST_F(DivisionTest, ThaiWordsWrapByTheirMeasuredWidth_Kept)
+{
+    advances(u"ab ", 5);
+    vyPutGlyph(u'a', kPlain, 10);
+    vyPutGlyph(kThaiKo, kPlain, 9);
+    vyPutGlyph(kSaraI, kPlain, 5);
+    EXPECT_EQ(lineTexts(*wrapped({u'a', u' ', kThaiKo, kSaraI}, 29)).size(), 1u);
+    EXPECT_EQ(lineTexts(*wrapped({u'a', u' ', kThaiKo, kSaraI}, 26)).size(), 2u);
+    // Starting with a letter: 15 + 5 + 14 > 33.
+    EXPECT_EQ(lineTexts(*wrapped({u'a', u' ', u'b', kThaiKo, kSaraI}, 34)).size(), 1u);
+    EXPECT_EQ(lineTexts(*wrapped({u'a', u' ', u'b', kThaiKo, kSaraI}, 33)).size(), 2u);
+}
+
 // Each line's units, rectangle and glyphs, then each record's rectangle and glyphs, as text.
 std::string dump(const VyStringList& lines, const VyList<VyRect>& rects,
                  const VyVector<VyVector<GlyphBitmap const*>>& glyphs,
