@@ -116,7 +116,10 @@ public:
 
     // Breaks the text into lines; -1 for the empty text (the previous results stay), else 0.
     // A Thai cell ending the text whose tone would take its width from past the last glyph
-    // keeps the width it has.
+    // keeps the width it has. Dividing again rewrites the last division's results in place
+    // where no copy shares them: a line allocates only when it is new or outgrows the string or
+    // glyph vector it takes over. A new line costs a string (two blocks), a list node for it
+    // and one for its rectangle, and a glyph vector.
     int divideText();
     // (widest line, bottom of the last line + 1); (0, 0) without lines.
     VySize sizeHint();

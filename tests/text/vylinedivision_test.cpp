@@ -5,6 +5,7 @@
 
 #include <map>
 #include <random>
+#include <sstream>
 
 namespace
 {
@@ -234,4 +235,91 @@ TEST_F(DivisionTest, AccessorsDivideWhenDirty_Kept)
     EXPECT_EQ(w.subGlyphBitmap().size(), 1);
     EXPECT_EQ(w.subText().size(), 2);
     EXPECT_EQ(w.subGlyphBitmap().size(), 2);
+}
+
+// Kept: a word going on with a Thai cell is measured by nextWordSize, each mark again as a cell
+// of its own: "a " (15) and the cell (9, a word of 9 + 5) fit into 26 pixels, the word does not.
+TEST_F(DivisionTest, ThaiWordsWrapByTheirMeasuredWidth_Kept)
+{
+    advances(u"ab ", 5);
+    vyPutGlyph(u'a', kPlain, 10);
+    vyPutGlyph(kThaiKo, kPlain, 9);
+    vyPutGlyph(kSaraI, kPlain, 5);
+    EXPECT_EQ(lineTexts(*wrapped({u'a', u' ', kThaiKo, kSaraI}, 29)).size(), 1u);
+    EXPECT_EQ(lineTexts(*wrapped({u'a', u' ', kThaiKo, kSaraI}, 26)).size(), 2u);
+    // Starting with a letter: 15 + 5 + 14 > 33.
+    EXPECT_EQ(lineTexts(*wrapped({u'a', u' ', u'b', kThaiKo, kSaraI}, 34)).size(), 1u);
+    EXPECT_EQ(lineTexts(*wrapped({u'a', u' ', u'b', kThaiKo, kSaraI}, 33)).size(), 2u);
+}
+
+// Each line's units, rectangle and glyphs, then each record's rectangle and glyphs, as text.
+std::string dump(const VyStringList& lines, const VyList<VyRect>& rects,
+                 const VyVector<VyVector<GlyphBitmap const*>>& glyphs,
+                 const VyVector<PaintInfo>& records)
+{
+    std::ostringstream out;
+    auto put = [&](const VyRect& r, const VyVector<GlyphBitmap const*>& g) {
+        out << r.x1 << ',' << r.y1 << ',' << r.x2 << ',' << r.y2;
+        for (const GlyphBitmap* glyph : g)
+            out << ' ' << glyph;
+        out << '\n';
+    };
+    for (const VyString& s : lines)
+        out << U8(s) << '\n';
+    for (int i = 0; i < rects.size() || i < glyphs.size(); ++i)
+        put(rects.value(i), glyphs.value(i));
+    for (const PaintInfo& p : records)
+        put(p.rect, p.glyphs);
+    return out.str();
+}
+
+// One object divided again and again (a new box, wrap turned on or off) gives what a fresh
+// object gives, also while copies of its earlier results or of some of their elements are
+// held, and the copies keep what they held.
+TEST_F(DivisionTest, DividingAgainGivesWhatAFreshObjectGives)
+{
+    std::mt19937 rng(20261125);
+    const std::u16string alphabet = {u'a',      u'b',    u' ',   u' ',  u'\n', kIdeo1,
+                                     kKatakana, kThaiKo, kSaraI, kAlef, kBet};
+    for (int round = 0; round < 150; ++round) {
+        VyFontCache::instance()->clean();
+        for (char16_t c : alphabet)
+            vyPutGlyph(c, kPlain, int(rng() % 20));
+        // One text in four has Hebrew letters, which make it right-to-left.
+        const size_t letters = alphabet.size() - (round % 4 ? 2 : 0);
+        std::u16string text;
+        for (int i = 0, n = 1 + int(rng() % 150); i < n; ++i)
+            text += alphabet[rng() % letters];
+        const int ls = int(rng() % 4);
+        VyFontMetrics m(V(text), kPlain, 0, ls);
+        for (int step = 0; step < 4; ++step) {
+            VyStringList lines;
+            VyList<VyRect> rects;
+            VyVector<VyVector<GlyphBitmap const*>> glyphs;
+            VyVector<PaintInfo> records;
+            if (step % 2) {
+                lines = m.lines;
+                rects = m.lineRectList;
+                glyphs = m.lineGlyphs;
+                records = m.paintList;
+            } else if (!m.lines.isEmpty()) {
+                lines.append(m.lines.at(0));
+                glyphs.append(m.lineGlyphs.at(0));
+                records.append(m.paintList.at(m.paintList.size() - 1));
+            }
+            const std::string held = dump(lines, rects, glyphs, records);
+            const bool wrap = rng() % 4;
+            const int width = 1 + int(rng() % 120);
+            VyFontMetrics fresh(V(text), kPlain, 0, ls);
+            for (VyFontMetrics* o : {&m, &fresh}) {
+                o->setWorpWrap(wrap);
+                o->setTextMinRect(0, 0, width, 100);
+                o->paintInfoList();
+            }
+            ASSERT_EQ(dump(m.lines, m.lineRectList, m.lineGlyphs, m.paintList),
+                      dump(fresh.lines, fresh.lineRectList, fresh.lineGlyphs, fresh.paintList))
+                << "round " << round << " step " << step;
+            ASSERT_EQ(dump(lines, rects, glyphs, records), held);
+        }
+    }
 }
